@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+// Internal to graph construction: making connections. Lets std::bad_alloc and number-conversion exceptions out.
+#ifndef NUXO_QUERY_CONNECTION_BUILDER_H
+#define NUXO_QUERY_CONNECTION_BUILDER_H
+
+#include <nuxo/tree/GraphConfigNode.h>
+
+#include <cstdint>
+#include <string>
+
+namespace NUXO {
+
+/// One connection as the descriptor spells it, and where.
+struct Connection {
+    const std::string& source;
+    const std::string& sink;
+    SourcePosition position;
+};
+
+/// Copies the ends' nodes from the descriptor into the result and writes the `peer` texts on both ends.
+class ConnectionBuilder {
+public:
+    /// @param descriptorNodes  the descriptor's `nodes`
+    /// @param settings         the `settings` node, null when only static connections are made
+    /// @param settingsKey      its key, for messages
+    ConnectionBuilder(GraphConfigNode& descriptorNodes, const GraphConfigNode* settings, int32_t settingsKey,
+                      GraphConfigNode& result)
+        : mNodes(descriptorNodes), mSettings(settings), mSettingsKey(settingsKey), mResult(result)
+    {
+    }
+
+    /// A connection whose ends must be active in the setting.
+    int connectDynamic(const Connection& connection);
+    /// A connection that exists whatever the setting says.
+    int connectStatic(const Connection& connection);
+
+private:
+    /// One end: a node, and a port of it unless the text names just a node.
+    struct End {
+        explicit End(const std::string& text);
+
+        uint32_t node = NUXO_KEY_NA;
+        uint32_t port = NUXO_KEY_NA;
+        bool hasPort = false;
+    };
+
+    GraphConfigNode* findSettingsItem(const End& source) const;
+    GraphConfigNode* copySource(uint32_t key);
+    GraphConfigNode* copySink(const End& sink, int& status);
+    static GraphConfigNode* findEnd(GraphConfigNode& node, const End& end);
+    static int claimVirtualSink(GraphConfigNode& sink, const GraphConfigNode& source);
+    static int shareStaticAttributes(const GraphConfigNode& source, GraphConfigNode& sink);
+    int addPeers(const End& source, GraphConfigNode& sourceEnd, const std::string& sourcePeer, const End& sink,
+                 GraphConfigNode& sinkEnd, const Connection& connection);
+
+    GraphConfigNode& mNodes;
+    const GraphConfigNode* mSettings;
+    int32_t mSettingsKey;
+    GraphConfigNode& mResult;
+};
+
+/// See GraphQueryManager::copyNodeToResult and constructNodeFromBase.
+GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result);
+GraphConfigNode* buildFromBase(const GraphConfigNode& node, const std::string& baseName,
+                               const GraphConfigNode& descriptorNodes);
+
+/// See GraphQueryManager::propagateIntAttribute and propagateStrAttribute.
+int propagateInteger(const IGraphConfig& from, IGraphConfig& to, uint32_t key);
+int propagateText(const IGraphConfig& from, IGraphConfig& to, uint32_t key);
+
+} // namespace NUXO
+
+#endif

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nuxo/Log.h>
+#include <nuxo/NoMemory.h>
+#include <nuxo/NuxoStatus.h>
+#include <nuxo/camera/PortPeer.h>
+#include <nuxo/query/GraphQueryUtils.h>
+#include <nuxo/query/PortDisabling.h>
+#include <nuxo/tree/TreeAccess.h>
+
+#include <memory>
+#include <new>
+#include <string>
+
+namespace NUXO {
+
+namespace {
+
+constexpr int32_t kDisabled = 0;
+
+// Whether the port takes part: pixel ports that are neither private nor disabled already.
+bool needsPeer(const GraphConfigNode& port)
+{
+    if (!hasText(port, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_PORT))) return false;
+    const std::string* const contentType = findText(port, NUXO_KEY_CONTENT_TYPE);
+    if (contentType != nullptr && *contentType != kPixelData) return false;
+    int32_t isPrivate = 0;
+    int32_t enabled = 1;
+    findInteger(port, NUXO_KEY_PRIVATE, isPrivate);
+    findInteger(port, NUXO_KEY_ENABLED, enabled);
+    return isPrivate == 0 && enabled != kDisabled;
+}
+
+void disableIfUnused(GraphConfigNode& port)
+{
+    if (!needsPeer(port)) return;
+    IGraphConfig* peer = nullptr;
+    const int status = resolvePeer(&port, &peer);
+    if (status == StatusNoMemory) throw std::bad_alloc();
+    if (status != StatusOk) {
+        NUXO_WARN("port %s has no peer, disabling it.", nameOf(port));
+        switchOff(port);
+        return;
+    }
+    int enabled = 1;
+    static_cast<void>(peer->getValue(NUXO_KEY_ENABLED, enabled)); // absent: enabled
+    if (enabled != kDisabled) return;
+    NUXO_WARN("peer disabled, disabling port %s", nameOf(port));
+    switchOff(port);
+}
+
+} // namespace
+
+void switchOff(GraphConfigNode& node)
+{
+    GraphConfigItem* const item = findItem(node, NUXO_KEY_ENABLED);
+    if (item == nullptr) {
+        TreeAccess::adoptItem(node, std::make_unique<GraphConfigIntAttribute>(kDisabled), NUXO_KEY_ENABLED, {});
+        return;
+    }
+    if (item->setValue(kDisabled) == StatusOk) setPositionOf(node, NUXO_KEY_ENABLED, {});
+}
+
+void switchOffUnusedPorts(GraphConfigNode& root)
+{
+    NUXO_DEBUG("disableUnusedPorts");
+    forEachChild(root, [](const GraphConfigNode& node, uint32_t) {
+        forEachChild(node, [](GraphConfigNode& port, uint32_t) {
+            disableIfUnused(port);
+            return true;
+        });
+        return true;
+    });
+    NUXO_DEBUG("disableUnusedPorts done!");
+}
+
+GraphConfigNode* findPortPeer(const GraphConfigNode& port)
+{
+    const std::string* const peer = findText(port, NUXO_KEY_PEER);
+    if (peer == nullptr) return nullptr;
+    const GraphConfigNode* const root = port.getRootNode();
+    const size_t colon = peer->find(':');
+    if (colon == std::string::npos) return findChild(*root, ItemUID::str2key(*peer));
+    const GraphConfigNode* const node = findChild(*root, ItemUID::str2key(peer->substr(0, colon)));
+    return node == nullptr ? nullptr : findChild(*node, ItemUID::str2key(peer->substr(colon + 1)));
+}
+
+GraphConfigNode* GraphQueryUtils::getPortPeer(GraphConfigNode* port)
+{
+    if (port == nullptr) return nullptr;
+    return unlessNoMemory<GraphConfigNode*>(nullptr, [port] { return findPortPeer(*port); });
+}
+
+int GraphQueryUtils::disableNode(GraphConfigNode* node)
+{
+    return unlessNoMemory<int>(StatusOk, [node]() -> int {
+        if (node != nullptr) switchOff(*node);
+        return StatusOk;
+    });
+}
+
+void GraphQueryUtils::disableUnusedPorts(GraphConfigNode* root)
+{
+    if (root == nullptr) {
+        NUXO_DEBUG("disableUnusedPorts");
+        NUXO_DEBUG("disableUnusedPorts done!");
+        return;
+    }
+    static_cast<void>(unlessNoMemory<bool>(false, [root] {
+        switchOffUnusedPorts(*root);
+        return true;
+    }));
+}
+
+} // namespace NUXO

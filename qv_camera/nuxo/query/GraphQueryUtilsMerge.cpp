@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nuxo/Log.h>
+#include <nuxo/NoMemory.h>
+#include <nuxo/NuxoStatus.h>
+#include <nuxo/query/GraphQueryUtils.h>
+#include <nuxo/query/PortDisabling.h>
+#include <nuxo/tree/TreeAccess.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace NUXO {
+
+namespace {
+
+constexpr int32_t kOutput = 1; // `direction` of an output port
+
+// One level of a merge: how far the source node's items have been taken over.
+struct MergeLevel {
+    MergeLevel(GraphConfigNode& destination, const GraphConfigNode& source) : to(&destination), from(&source)
+    {
+        const ItemMap& items = TreeAccess::items(source);
+        next = items.begin();
+        end = items.end();
+        // Within one tree the merge may insert into the very node that is walked; walk what it held at the start.
+        if (destination.getRootNode() != source.getRootNode()) return;
+        snapshot.assign(next, end);
+        next = snapshot.data();
+        end = next + snapshot.size();
+    }
+
+    GraphConfigNode* to;
+    const GraphConfigNode* from;
+    std::vector<ItemEntry> snapshot;
+    const ItemEntry* next;
+    const ItemEntry* end;
+};
+
+class TreeMerge {
+public:
+    explicit TreeMerge(signed char options) : mOptions(static_cast<unsigned char>(options)) {}
+
+    // The levels stand in a vector, not on the stack: trees may be of any depth.
+    int run(GraphConfigNode& to, const GraphConfigNode& from)
+    {
+        mLevels.emplace_back(to, from);
+        while (!mLevels.empty()) {
+            MergeLevel& level = mLevels.back();
+            int status = StatusOk;
+            if (level.next != level.end && level.to != level.from) {
+                status = takeOver(*level.to, *level.next++);
+            } else {
+                status = pushToPeer(*level.to);
+                mLevels.pop_back();
+            }
+            if (status != StatusOk) return status;
+        }
+        return StatusOk;
+    }
+
+private:
+    bool has(GraphQueryUtils::MergeOption option) const { return (mOptions & static_cast<unsigned>(option)) != 0U; }
+
+    int takeOver(GraphConfigNode& to, const ItemEntry& entry)
+    {
+        GraphConfigItem* const counterpart = findItem(to, entry.first);
+        GraphConfigNode* const counterpartNode = asNode(counterpart);
+        const GraphConfigNode* const child = asNode(entry.second);
+        if (counterpartNode != nullptr) {
+            const bool descends = child != nullptr && has(GraphQueryUtils::Merge) && entry.first != NUXO_KEY_OPTIONS;
+            if (descends) mLevels.emplace_back(*counterpartNode, *child);
+            return StatusOk;
+        }
+        if (child != nullptr) return has(GraphQueryUtils::CopyMissingNodes) ? copyNode(to, *child, entry) : StatusOk;
+        if (counterpart != nullptr && !mayOverwrite(entry.first)) return StatusOk;
+        if (entry.second->type == GraphConfigItem::INT) {
+            const int32_t value = static_cast<const GraphConfigIntAttribute*>(entry.second)->value;
+            const int status = write(to, counterpart, entry, value);
+            return status == StatusOk && has(GraphQueryUtils::HandleOptions)
+                       ? obeyOptions(to, entry.first, std::to_string(value))
+                       : status;
+        }
+        if (entry.second->type == GraphConfigItem::STRING) {
+            const std::string& value = static_cast<const GraphConfigStrAttribute*>(entry.second)->value;
+            const int status = write(to, counterpart, entry, value);
+            return status == StatusOk && has(GraphQueryUtils::HandleOptions) ? obeyOptions(to, entry.first, value)
+                                                                             : status;
+        }
+        return StatusOk;
+    }
+
+    bool mayOverwrite(uint32_t key) const
+    {
+        constexpr std::array<uint32_t, 5> kProtected = {NUXO_KEY_NAME, NUXO_KEY_DIRECTION, NUXO_KEY_ID, NUXO_KEY_PEER,
+                                                        NUXO_KEY_TYPE};
+        return has(GraphQueryUtils::Merge) && std::find(kProtected.begin(), kProtected.end(), key) == kProtected.end();
+    }
+
+    // Writes straight into the attribute, whatever its options list says; one of the other kind keeps its value.
+    template <typename Value>
+    static int write(GraphConfigNode& to, GraphConfigItem* counterpart, const ItemEntry& entry, const Value& value)
+    {
+        if (counterpart == nullptr) {
+            if (to.addValue(entry.first, value) != StatusOk) {
+                NUXO_ERROR("Error adding %s: No memory", ItemUID::key2str(entry.first));
+                return StatusNoMemory;
+            }
+        } else {
+            const int32_t status = counterpart->setValue(value);
+            if (status == StatusNoMemory) return status;
+            if (status != StatusOk) return StatusOk;
+        }
+        setPositionOf(to, entry.first, ItemMap::position(entry));
+        return StatusOk;
+    }
+
+    static int obeyOptions(GraphConfigNode& to, uint32_t key, const std::string& value)
+    {
+        const std::string text = value; // applying the option may overwrite what the reference refers to
+        const int32_t status = to.handleAttributeOptions(&to, key, text);
+        return status == StatusNotFound ? static_cast<int>(StatusOk) : status;
+    }
+
+    static int copyNode(GraphConfigNode& to, const GraphConfigNode& child, const ItemEntry& entry)
+    {
+        std::unique_ptr<GraphConfigNode> copied(child.copy());
+        if (copied == nullptr) {
+            NUXO_ERROR("Error creating GraphConfigItem: No memory");
+            return StatusNoMemory;
+        }
+        TreeAccess::adopt(to, std::move(copied), entry.first, ItemMap::position(entry));
+        return StatusOk;
+    }
+
+    // An output port passes its content on. One level only: the peer's merge pushes no further.
+    int pushToPeer(GraphConfigNode& port) const
+    {
+        int32_t direction = 0;
+        if (!has(GraphQueryUtils::PushToPeer)) return StatusOk;
+        if (!findInteger(port, NUXO_KEY_DIRECTION, direction) || direction != kOutput) return StatusOk;
+        GraphConfigNode* const peer = findPortPeer(port);
+        if (peer == nullptr) return StatusOk;
+        const bool toSink = hasText(*peer, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_SINK));
+        const GraphQueryUtils::MergeOption options =
+            toSink ? GraphQueryUtils::CopyMissingNodes : GraphQueryUtils::Merge;
+        return TreeMerge(options).run(*peer, port);
+    }
+
+    unsigned mOptions;
+    std::vector<MergeLevel> mLevels;
+};
+
+} // namespace
+
+int GraphQueryUtils::addDescendantsFromNode(GraphConfigNode* to, GraphConfigNode* from, signed char options)
+{
+    if (to == nullptr || from == nullptr) return StatusBadArgument;
+    return unlessNoMemory<int>(StatusNoMemory, [=] { return TreeMerge(options).run(*to, *from); });
+}
+
+} // namespace NUXO

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nuxo/Log.h>
+#include <nuxo/NuxoStatus.h>
+#include <nuxo/query/ConnectionBuilder.h>
+#include <nuxo/tree/TreeAccess.h>
+
+#include <memory>
+#include <new>
+#include <utility>
+
+// Nodes of the descriptor on their way into a graph.
+
+namespace NUXO {
+
+namespace {
+
+const GraphConfigNode* findBase(const GraphConfigNode& descriptorNodes, const std::string& baseName)
+{
+    const GraphConfigNode* found = nullptr;
+    forEachChild(descriptorNodes, [&](const GraphConfigNode& child, uint32_t) {
+        const std::string* const name = findText(child, NUXO_KEY_NAME);
+        const bool isBase = hasText(child, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_BASE_NODE));
+        if (isBase && name != nullptr && *name == baseName) found = &child;
+        return found == nullptr;
+    });
+    return found;
+}
+
+// An attribute of a node that the receiver lacks; it keeps where its value came from.
+int insertPropagated(const IGraphConfig& from, IGraphConfig& to, uint32_t key, std::unique_ptr<GraphConfigItem> attribute)
+{
+    GraphConfigNode* const node = asNode(&to);
+    if (node == nullptr) return StatusBadArgument;
+    TreeAccess::adoptItem(*node, std::move(attribute), key, getSourcePosition(&from, key));
+    return StatusOk;
+}
+
+} // namespace
+
+GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result)
+{
+    const GraphConfigNode* const node = findChild(descriptorNodes, key);
+    if (node == nullptr) {
+        NUXO_ERROR("Node(%s) not found from descriptor", ItemUID::key2str(key));
+        return nullptr;
+    }
+    GraphConfigNode* const present = findChild(result, key);
+    if (present != nullptr) return present;
+
+    std::unique_ptr<GraphConfigNode> fresh;
+    const std::string* const baseName = findText(*node, NUXO_KEY_BASE_NODE);
+    if (baseName != nullptr) {
+        fresh.reset(buildFromBase(*node, *baseName, descriptorNodes));
+        if (fresh == nullptr) {
+            NUXO_ERROR("Node(%s) could not be built from base node %s", ItemUID::key2str(key), baseName->c_str());
+            return nullptr;
+        }
+    } else {
+        fresh.reset(node->copy());
+        if (fresh == nullptr) throw std::bad_alloc();
+    }
+    TreeAccess::adopt(result, std::move(fresh), key, positionOf(descriptorNodes, key));
+    return findChild(result, key);
+}
+
+GraphConfigNode* buildFromBase(const GraphConfigNode& node, const std::string& baseName,
+                               const GraphConfigNode& descriptorNodes)
+{
+    const GraphConfigNode* const base = findBase(descriptorNodes, baseName);
+    if (base == nullptr) {
+        NUXO_ERROR("Failed to find base node %s for node %s", baseName.c_str(), nameOf(node));
+        return nullptr;
+    }
+    std::unique_ptr<GraphConfigNode> fresh(base->copy());
+    if (fresh == nullptr) {
+        NUXO_ERROR("Failed to copy base node %s to create node %s", baseName.c_str(), nameOf(node));
+        throw std::bad_alloc();
+    }
+    const int32_t status = fresh->changeBaseNodeIntoNode(const_cast<GraphConfigNode&>(node));
+    if (status != StatusOk) {
+        NUXO_ERROR("Failed to change base node %s into node %s", baseName.c_str(), nameOf(node));
+        if (status == StatusNoMemory) throw std::bad_alloc();
+        return nullptr;
+    }
+    return fresh.release();
+}
+
+int propagateInteger(const IGraphConfig& from, IGraphConfig& to, uint32_t key)
+{
+    int value = 0;
+    const bool present = to.getValue(key, value) == StatusOk;
+    const int32_t status = from.getValue(key, value);
+    if (status != StatusOk) return status;
+    if (present) return to.setValue(key, value);
+    return insertPropagated(from, to, key, std::make_unique<GraphConfigIntAttribute>(value));
+}
+
+int propagateText(const IGraphConfig& from, IGraphConfig& to, uint32_t key)
+{
+    std::string value;
+    const int32_t presence = to.getValue(key, value);
+    if (presence == StatusNoMemory) return presence;
+    const int32_t status = from.getValue(key, value);
+    if (status != StatusOk) return status;
+    if (presence == StatusOk) return to.setValue(key, value);
+    return insertPropagated(from, to, key, std::make_unique<GraphConfigStrAttribute>(value));
+}
+
+} // namespace NUXO

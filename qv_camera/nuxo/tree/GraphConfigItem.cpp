@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nuxo/NuxoStatus.h>
+#include <nuxo/tree/GraphConfigItem.h>
+
+namespace NUXO {
+
+GraphConfigItem::GraphConfigItem() noexcept : GraphConfigItem(NA)
+{
+}
+
+GraphConfigItem::GraphConfigItem(ItemType itemType) noexcept : type(static_cast<int16_t>(itemType)), mDocument(0)
+{
+}
+
+GraphConfigItem::~GraphConfigItem() = default;
+
+int32_t GraphConfigItem::getValue(int&)
+{
+    return StatusNotFound;
+}
+
+int32_t GraphConfigItem::getValue(std::string&)
+{
+    return StatusNotFound;
+}
+
+int32_t GraphConfigItem::setValue(const std::string&)
+{
+    return StatusNotFound;
+}
+
+int32_t GraphConfigItem::setValue(int)
+{
+    return StatusNotFound;
+}
+
+} // namespace NUXO
