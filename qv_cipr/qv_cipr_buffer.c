@@ -64,8 +64,8 @@ static bool take_user_handle(qv_cipr_memory_t* memory, uint32_t flags, const qv_
 static bool user_size_is_enough(uint32_t size, const qv_cipr_memory_t* user, const char* function)
 {
     if (user->size > size) {
-        LOG(QV_LOG_WARNING,
-            "%s: requested bytes to allocate less than provided user memory in argument, truncating", function);
+        LOG(QV_LOG_WARNING, "%s: requested bytes to allocate less than provided user memory in argument, truncating",
+            function);
     }
     if (user->size >= size) return true;
     LOG_ERROR("%s: requested bytes to allocate more than provided user memory in argument", function);

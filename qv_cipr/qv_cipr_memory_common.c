@@ -67,7 +67,8 @@ int32_t _validate_buffer_bitfield(const qv_cipr_buffer_t* buffer, const qv_cipr_
     bool valid = accessors_match_flags(memory, __func__);
     if ((memory->flags & exclusive) == exclusive) {
         LOG_ERROR("%s: Both QV_CIPR_MEMORY_CPU_ONLY and QV_CIPR_MEMORY_HW_ONLY are set at same time, "
-                  "which is the invalid case.", __func__);
+                  "which is the invalid case.",
+                  __func__);
         valid = false;
     }
     if ((memory->flags & allocated) != 0) {
@@ -108,8 +109,8 @@ int32_t _cipr_memory_common_allocate(qv_cipr_buffer_t* buffer)
         LOG_ERROR("%s: already allocated", __func__);
         return QV_CIPR_BAD_ARGUMENT;
     }
-    void* block = qv_cipr_alloc_aligned(memory->size, qv_cipr_pagesize(), __func__, "qv_cipr/qv_cipr_memory_common.c",
-                                        __LINE__);
+    void* block =
+        qv_cipr_alloc_aligned(memory->size, qv_cipr_pagesize(), __func__, "qv_cipr/qv_cipr_memory_common.c", __LINE__);
     if (block == NULL) return QV_CIPR_NO_MEMORY;
 
     const int32_t status = copies ? copy_from_user(memory, block, __func__) : QV_CIPR_OK;

@@ -152,8 +152,7 @@ QV_EXPORT uint8_t qv_cipr_buffer_get_device_id(const qv_cipr_buffer_t* buffer);
  *
  * @return the result of the migrate operation; -32 for null arguments, for a region and without migrate operation
  */
-QV_EXPORT int32_t qv_cipr_memory_device_migrate_buffer(const qv_cipr_memory_device_t* device,
-                                                       qv_cipr_buffer_t* buffer);
+QV_EXPORT int32_t qv_cipr_memory_device_migrate_buffer(const qv_cipr_memory_device_t* device, qv_cipr_buffer_t* buffer);
 
 #ifdef __cplusplus
 }

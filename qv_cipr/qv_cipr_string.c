@@ -16,9 +16,10 @@ int qv_cipr_snprintf_s(char* dst, size_t dst_size, size_t src_size, const char* 
         qv_log_common_debug(QV_LOG_WARNING, STRING_TAG,
                             "%s: destination size is smaller than source size, potential coding error", __func__);
     }
+    const size_t size = dst_size < src_size ? dst_size : src_size;
     va_list args;
     va_start(args, format);
-    const int length = vsnprintf(dst, dst_size < src_size ? dst_size : src_size, format, args);
+    const int length = vsnprintf(dst, size, format, args);
     va_end(args);
     return length;
 }

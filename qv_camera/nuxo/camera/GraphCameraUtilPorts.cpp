@@ -39,7 +39,7 @@ int resolvePeer(const IGraphConfig* port, IGraphConfig** peer)
     }
     int enabled = 1;
     int isPrivate = 0;
-    static_cast<void>(port->getValue(NUXO_KEY_ENABLED, enabled)); // absent: enabled
+    static_cast<void>(port->getValue(NUXO_KEY_ENABLED, enabled));   // absent: enabled
     static_cast<void>(port->getValue(NUXO_KEY_PRIVATE, isPrivate)); // absent: not private
     if (enabled == 0 || isPrivate != 0) return StatusNotFound;
 
@@ -81,7 +81,8 @@ std::string GraphCameraUtil::print(const IGraphConfig* node)
 std::string GraphCameraUtil::getFullName(const IGraphConfig& node)
 {
     return unlessNoMemory<std::string>({}, [&node] {
-        return attributeOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" + attributeOr(&node, NUXO_KEY_NAME, kNoName);
+        return attributeOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" +
+               attributeOr(&node, NUXO_KEY_NAME, kNoName);
     });
 }
 

@@ -5,7 +5,6 @@
 
 #include <nuxo/tree/GraphConfigNode.h>
 
-
 namespace NUXO {
 
 constexpr const char* kPixelData = "pixel_data";

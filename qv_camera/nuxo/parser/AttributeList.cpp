@@ -32,16 +32,16 @@ void AttributeList::sortByKey()
     for (size_t i = 1; i < mAttributes.size(); ++i) {
         const Attribute moved = mAttributes[i];
         size_t place = i;
-        for (; place > 0 && mAttributes[place - 1].key > moved.key; --place) mAttributes[place] = mAttributes[place - 1];
+        for (; place > 0 && mAttributes[place - 1].key > moved.key; --place)
+            mAttributes[place] = mAttributes[place - 1];
         mAttributes[place] = moved;
     }
 }
 
 void AttributeList::dropRepeated()
 {
-    const auto end = std::unique(mAttributes.begin(), mAttributes.end(), [](const Attribute& left, const Attribute& right) {
-        return left.key == right.key;
-    });
+    const auto end = std::unique(mAttributes.begin(), mAttributes.end(),
+                                 [](const Attribute& left, const Attribute& right) { return left.key == right.key; });
     mAttributes.erase(end, mAttributes.end());
 }
 

@@ -17,10 +17,13 @@ inline int32_t parseDecimal(const char* text)
     if (*text == '-' || *text == '+') ++text;
     constexpr uint64_t kMost = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
     const uint64_t limit = negative ? kMost + 1 : kMost;
+    constexpr int kSafeDigits = 18; // as many digits always stay below the limit
     uint64_t value = 0;
+    int digits = 0;
     for (; *text >= '0' && *text <= '9'; ++text) {
         const auto digit = static_cast<uint64_t>(*text - '0');
-        value = value > (limit - digit) / 10 ? limit : value * 10 + digit;
+        const bool fits = ++digits <= kSafeDigits || value <= (limit - digit) / 10;
+        value = fits ? value * 10 + digit : limit;
     }
     return static_cast<int32_t>(static_cast<uint32_t>(negative ? 0 - value : value));
 }

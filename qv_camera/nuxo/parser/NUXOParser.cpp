@@ -48,6 +48,13 @@ void NUXOParser::discardTree() noexcept
     mCurrentNode = nullptr;
 }
 
+// What callbacks called by hand left behind.
+void NUXOParser::discardLeftover() noexcept
+{
+    discardTree();
+    mRun.reset();
+}
+
 // Gives the document up: what was built is destroyed, and callbacks that still come do nothing.
 void NUXOParser::abandon() noexcept
 {
@@ -109,7 +116,7 @@ void NUXOParser::openElement(const char* name, const char** atts)
         openRootElement(key, atts);
         return;
     }
-    run.elementName.assign(run.names.lowered());
+    if (key == NUXO_KEY_NA || mRootKey == NUXO_KEY_GRAPH_DESCRIPTOR) lowerInto(run.elementName, name);
     if (key == NUXO_KEY_NA) key = run.names.findOrRegister(run.elementName);
     std::unique_ptr<GraphConfigNode> node = readAttributes(atts, key);
     if (node == nullptr || !ensureRoot()) {
@@ -123,7 +130,9 @@ void NUXOParser::openRootElement(uint32_t key, const char** atts)
 {
     mRootKey = key;
     for (; atts != nullptr && *atts != nullptr; atts += 2) {
-        if (mRun->names.findLowered(atts[0]) == NUXO_KEY_VERSION) mVersion = atts[1];
+        if (mRun->names.findLowered(atts[0]) != NUXO_KEY_VERSION) continue;
+        mVersion = atts[1];
+        mRun->version = currentPosition(*mRun);
     }
 }
 
@@ -180,9 +189,12 @@ bool NUXOParser::ensureRoot()
     if (mCurrentNode != nullptr) return true;
     mCurrentNode = new GraphConfigNode;
     if (!mVersion.empty()) {
-        if (mCurrentNode->addValue(NUXO_KEY_VERSION, mVersion) == StatusOk) return true;
-        NUXO_LOG(LogError, kParserTag, "Error adding version attribute");
-        return false;
+        if (mCurrentNode->addValue(NUXO_KEY_VERSION, mVersion) != StatusOk) {
+            NUXO_LOG(LogError, kParserTag, "Error adding version attribute");
+            return false;
+        }
+        setPositionOf(*mCurrentNode, NUXO_KEY_VERSION, mRun->version);
+        return true;
     }
     if (isRootName(mRootKey)) NUXO_LOG(LogWarning, kParserTag, "No version information found.");
     return true;

@@ -60,6 +60,7 @@ public:
 
 private:
     bool startRun(const char* documentName, XML_Parser parser);
+    template <typename Feed> void feedDocument(XML_Parser parser, const char* fileName, Feed feed);
     ParserRun& currentRun();
     void finish(IGraphConfig** out);
     void openElement(const char* name, const char** atts);
@@ -71,6 +72,7 @@ private:
     void closeElement();
     void abandon() noexcept;
     void discardTree() noexcept;
+    void discardLeftover() noexcept;
 
     uint32_t mRootKey = 1;
     std::string mVersion;

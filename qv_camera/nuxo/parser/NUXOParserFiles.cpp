@@ -106,6 +106,46 @@ void flushPending(XML_Parser parser, const CallSite& site)
 #endif
 }
 
+void feedPlainFile(XML_Parser parser, const char* fileName, void* buffer)
+{
+    const FilePointer file(qv_cipr_fopen(fileName, "r"));
+    if (file == nullptr) {
+        NUXO_LOG(LogError, kParserTag, "Failed to open XML %s", fileName);
+        return;
+    }
+    size_t count = 0;
+    do {
+        count = qv_cipr_fread(buffer, 1, kChunkSize, file.get());
+        if (count == 0 && qv_cipr_ferror(file.get()) != 0) {
+            qv_cipr_clearerr(file.get());
+            return;
+        }
+        if (!feed(parser, static_cast<const char*>(buffer), count, count < kChunkSize, kXmlParse)) return;
+    } while (count == kChunkSize);
+}
+
+void feedGzipFile(XML_Parser parser, const char* fileName, void* buffer)
+{
+    const GzPointer file(gzopen(fileName, "rb"));
+    if (file == nullptr) {
+        NUXO_LOG(LogError, kParserTag, "Failed to open GZ %s", fileName);
+        return;
+    }
+    int count = 0;
+    do {
+        count = gzread(file.get(), buffer, static_cast<unsigned>(kChunkSize));
+        if (count < 0) {
+            NUXO_LOG(LogError, kParserTag, "Error reading from file");
+            flushPending(parser, kGzParse);
+        } else if (count == 0) {
+            flushPending(parser, kGzParse);
+        } else if (!feed(parser, static_cast<const char*>(buffer), static_cast<size_t>(count),
+                         static_cast<size_t>(count) < kChunkSize, kGzParse)) {
+            return;
+        }
+    } while (count == static_cast<int>(kChunkSize));
+}
+
 const char* suffixOf(const char* fileName)
 {
     const char* const dot = std::strrchr(fileName, '.');
@@ -125,7 +165,7 @@ void NUXOParser::parseNUXOXmlFile(const char* fileName, IGraphConfig** out)
         *out = nullptr;
         return;
     }
-    discardTree();
+    discardLeftover();
 
     const ParserPointer parser = createParser(this, kFileCreate);
     if (parser == nullptr) return;
@@ -155,11 +195,12 @@ void NUXOParser::parseNUXOXmlData(char* data, size_t size, IGraphConfig** out)
         NUXO_LOG(LogError, kParserTag, "NULL pointer given!");
         return;
     }
-    discardTree();
+    discardLeftover();
     const ParserPointer parser = createParser(this, kDataCreate);
     if (parser == nullptr) return;
     if (startRun(kMemoryDocument, parser.get()))
-        static_cast<void>(feed(parser.get(), data, size, true, kDataParse)); // what was built is handed out all the same
+        static_cast<void>(
+            feed(parser.get(), data, size, true, kDataParse)); // what was built is handed out all the same
     finish(out);
 }
 
@@ -177,43 +218,23 @@ void NUXOParser::finish(IGraphConfig** out)
     mRun.reset();
 }
 
+// Feeds a file through the tokenizer of a parse, or through one of the caller's: that document then gets a run of its own.
+template <typename Feed> void NUXOParser::feedDocument(XML_Parser parser, const char* fileName, Feed feedFile)
+{
+    const bool callersOwn = mRun == nullptr || mRun->parser != parser;
+    if (callersOwn && !startRun(fileName, parser)) return;
+    feedFile();
+    if (callersOwn) mRun.reset();
+}
+
 void NUXOParser::parseXML(XML_Parser& parser, const char* fileName, void* buffer)
 {
-    const FilePointer file(qv_cipr_fopen(fileName, "r"));
-    if (file == nullptr) {
-        NUXO_LOG(LogError, kParserTag, "Failed to open XML %s", fileName);
-        return;
-    }
-    size_t count = 0;
-    do {
-        count = qv_cipr_fread(buffer, 1, kChunkSize, file.get());
-        if (count == 0 && qv_cipr_ferror(file.get()) != 0) {
-            qv_cipr_clearerr(file.get());
-            return;
-        }
-        if (!feed(parser, static_cast<const char*>(buffer), count, count < kChunkSize, kXmlParse)) return;
-    } while (count == kChunkSize);
+    feedDocument(parser, fileName, [&] { feedPlainFile(parser, fileName, buffer); });
 }
 
 void NUXOParser::parseGz(XML_Parser& parser, const char* fileName, void* buffer)
 {
-    const GzPointer file(gzopen(fileName, "rb"));
-    if (file == nullptr) {
-        NUXO_LOG(LogError, kParserTag, "Failed to open GZ %s", fileName);
-        return;
-    }
-    int count = 0;
-    do {
-        count = gzread(file.get(), buffer, static_cast<unsigned>(kChunkSize));
-        if (count < 0) {
-            NUXO_LOG(LogError, kParserTag, "Error reading from file");
-        } else if (count == 0) {
-            flushPending(parser, kGzParse);
-        } else if (!feed(parser, static_cast<const char*>(buffer), static_cast<size_t>(count),
-                         static_cast<size_t>(count) < kChunkSize, kGzParse)) {
-            return;
-        }
-    } while (count == static_cast<int>(kChunkSize));
+    feedDocument(parser, fileName, [&] { feedGzipFile(parser, fileName, buffer); });
 }
 
 } // namespace NUXO

@@ -21,16 +21,25 @@ uint32_t hashStep(uint32_t hash, char c)
     return (hash ^ static_cast<unsigned char>(c)) * kHashPrime;
 }
 
-char lower(char c)
+// Spreads names by their length and three of their bytes (multiplicative hashing with the golden ratio, Knuth).
+size_t recentIndex(const char* name, size_t length)
 {
-    if (c >= 'a' && c <= 'z') return c; // nearly all of them
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const auto byte = [name](size_t at) { return static_cast<uint32_t>(static_cast<unsigned char>(name[at])); };
+    const uint32_t ends = byte(0) | byte(length / 2) << 8U | byte(length - 1) << 16U;
+    return ((ends ^ static_cast<uint32_t>(length) << 24U) * 2654435769U) >> 23U;
 }
 
 } // namespace
 
+void lowerInto(std::string& lowered, const char* name)
+{
+    lowered = name;
+    for (char& c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
 void NameCache::clear()
 {
+    mRecent.fill({});
     mSlots.clear();
     mUsed = 0;
 }
@@ -46,7 +55,7 @@ NameCache::Slot& NameCache::slotFor(std::string_view name, uint32_t hash)
     }
 }
 
-void NameCache::remember(const std::string& name, uint32_t key)
+NameCache::Slot& NameCache::remember(const std::string& name, uint32_t key)
 {
     if ((mUsed + 1) * 2 > mSlots.size()) {
         std::vector<Slot> old(mSlots.size() * 2);
@@ -60,38 +69,44 @@ void NameCache::remember(const std::string& name, uint32_t key)
     }
     uint32_t hash = kHashStart;
     for (const char c : name) hash = hashStep(hash, c);
-    slotFor(name, hash) = {name.c_str(), static_cast<uint32_t>(name.size()), key};
+    Slot& slot = slotFor(name, hash);
+    slot = {name.c_str(), static_cast<uint32_t>(name.size()), key};
     ++mUsed;
+    return slot;
 }
 
-uint32_t NameCache::findHashed(std::string_view name, uint32_t hash)
+// The slot of a name of the vocabulary, null when the vocabulary lacks it.
+const NameCache::Slot* NameCache::findHashed(std::string_view name, uint32_t hash)
 {
     if (mSlots.empty()) mSlots.resize(kFirstSlots);
     const Slot& slot = slotFor(name, hash);
-    if (slot.name != nullptr) return slot.key;
+    if (slot.name != nullptr) return &slot;
     const auto entry = nuxo_key_map.find(std::string(name));
-    if (entry == nuxo_key_map.end()) return NUXO_KEY_NA;
-    remember(entry->first, entry->second);
-    return entry->second;
+    return entry == nuxo_key_map.end() ? nullptr : &remember(entry->first, entry->second);
 }
 
 uint32_t NameCache::find(std::string_view name)
 {
     uint32_t hash = kHashStart;
     for (const char c : name) hash = hashStep(hash, c);
-    return findHashed(name, hash);
+    const Slot* const slot = findHashed(name, hash);
+    return slot == nullptr ? static_cast<uint32_t>(NUXO_KEY_NA) : slot->key;
 }
 
 uint32_t NameCache::findLowered(const char* name)
 {
     const size_t length = std::strlen(name);
-    mLowered.resize(length);
+    if (length == 0) return NUXO_KEY_NA;
+    Slot& recent = mRecent[recentIndex(name, length)];
+    if (recent.length == length && std::memcmp(recent.name, name, length) == 0) return recent.key;
+
+    lowerInto(mLowered, name);
     uint32_t hash = kHashStart;
-    for (size_t i = 0; i < length; ++i) {
-        mLowered[i] = lower(name[i]);
-        hash = hashStep(hash, mLowered[i]);
-    }
-    return findHashed(mLowered, hash);
+    for (const char c : mLowered) hash = hashStep(hash, c);
+    const Slot* const slot = findHashed(mLowered, hash);
+    if (slot == nullptr) return NUXO_KEY_NA;
+    recent = *slot;
+    return slot->key;
 }
 
 uint32_t NameCache::findOrRegister(std::string_view name)

@@ -3,6 +3,7 @@
 #ifndef NUXO_PARSER_NAME_CACHE_H
 #define NUXO_PARSER_NAME_CACHE_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -11,6 +12,9 @@
 
 namespace NUXO {
 
+/// Stores @p name in lower case in @p lowered. May throw std::bad_alloc.
+void lowerInto(std::string& lowered, const char* name);
+
 /// Finds keys of names faster than the ordered vocabulary does. It remembers what it looked up, so it must not live longer
 /// than one parse: clients may edit the vocabulary between parses.
 class NameCache {
@@ -18,9 +22,8 @@ public:
     /// The key of @p name as it stands, 0 when the vocabulary lacks it. May throw std::bad_alloc.
     uint32_t find(std::string_view name);
 
-    /// The key of @p name in lower case; the lower-case text is then in lowered() until the next call.
+    /// The key of @p name in lower case, 0 when the vocabulary lacks it. May throw std::bad_alloc.
     uint32_t findLowered(const char* name);
-    std::string_view lowered() const { return mLowered; }
 
     /// The key of @p name; a new one when the vocabulary lacks it.
     uint32_t findOrRegister(std::string_view name);
@@ -35,13 +38,16 @@ private:
         uint32_t key = 0;
     };
 
-    uint32_t findHashed(std::string_view name, uint32_t hash);
-    void remember(const std::string& name, uint32_t key);
+    const Slot* findHashed(std::string_view name, uint32_t hash);
+    Slot& remember(const std::string& name, uint32_t key);
     Slot& slotFor(std::string_view name, uint32_t hash);
 
+    // Names found lately, by a few of their bytes: most need no lower-casing and no hashing of their whole length.
+    static constexpr size_t kRecent = 512; // as many as recentIndex tells apart
+    std::array<Slot, kRecent> mRecent;
     std::vector<Slot> mSlots; // a power of two, at most half full
     size_t mUsed = 0;
-    std::string mLowered;
+    std::string mLowered; // scratch
 };
 
 } // namespace NUXO

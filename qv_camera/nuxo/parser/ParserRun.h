@@ -19,10 +19,11 @@ struct ParserRun {
     XML_Parser parser = nullptr; // null when the callbacks are called by hand
     uint32_t document = 0;       // number of the document, see SourcePosition
     uint32_t depth = 0;          // open elements
+    SourcePosition version;      // where the document says its version
     bool failed = false;         // callbacks that still come are ignored
     NameCache names;
     AttributeList attributes; // of the element that is being opened
-    std::string elementName;  // its name in lower case
+    std::string elementName;  // its name in lower case; kept for descriptors and unknown names only
 };
 
 } // namespace NUXO

@@ -121,14 +121,14 @@ int32_t SourceLocator::addText(const std::string& name, const std::string& text)
     return StatusOk;
 }
 
-int32_t SourceLocator::locateIn(SourcePosition position, const uint32_t* key, SourceLocation& location)
+int32_t SourceLocator::locateItem(SourcePosition position, bool isAttribute, uint32_t key, SourceLocation& location)
 {
     if (!position.known()) return StatusNoValue;
     try {
         const std::string file = getSourceDocument(position.document);
         const Document* const source = document(file);
         if (source == nullptr || position.offset >= source->text.size()) return StatusMissingObject;
-        const size_t offset = key == nullptr ? position.offset : findAttribute(source->text, position.offset, *key);
+        const size_t offset = isAttribute ? findAttribute(source->text, position.offset, key) : position.offset;
         const auto next = std::upper_bound(source->lineStarts.begin(), source->lineStarts.end(), offset);
         location.file = file; // may throw, so it comes first
         location.line = static_cast<uint32_t>(next - source->lineStarts.begin());
@@ -142,13 +142,21 @@ int32_t SourceLocator::locateIn(SourcePosition position, const uint32_t* key, So
 int32_t SourceLocator::locate(const IGraphConfig* node, SourceLocation& location)
 {
     if (node == nullptr) return StatusBadArgument;
-    return locateIn(getSourcePosition(node), nullptr, location);
+    return locateItem(getSourcePosition(node), false, NUXO_KEY_NA, location);
 }
 
 int32_t SourceLocator::locate(const IGraphConfig* node, uint32_t key, SourceLocation& location)
 {
     if (node == nullptr) return StatusBadArgument;
-    return locateIn(getSourcePosition(node, key), &key, location);
+    const GraphConfigNode* const self = asNode(node);
+    const ItemMap::const_iterator item = self == nullptr ? nullptr : TreeAccess::items(*self).find(key);
+    if (item == nullptr || item == self->end()) return StatusNoValue;
+    return locate(*item, location);
+}
+
+int32_t SourceLocator::locate(const ItemEntry& item, SourceLocation& location)
+{
+    return locateItem(getSourcePosition(item), asNode(item.second) == nullptr, item.first, location);
 }
 
 int32_t SourceLocator::lineText(const std::string& file, uint32_t line, std::string& text)

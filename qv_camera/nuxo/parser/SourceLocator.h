@@ -37,9 +37,14 @@ public:
     int32_t locate(const IGraphConfig* node, SourceLocation& location);
 
     /// The attribute that gave the first item with @p key of @p node its value; where the element has no attribute of that
-    /// name (a value written by an override, the element name that became a `type`), the start of the element. Statuses
-    /// as above.
+    /// name (a value written by an override, the element name that became a `type`), and for a child node, the start of
+    /// the element. Statuses as above.
     int32_t locate(const IGraphConfig* node, uint32_t key, SourceLocation& location);
+
+    /// As above for one item of a node, for keys that it holds several times. A child node stands at its element.
+    ///
+    /// @param item  what an iterator of GraphConfigNode points at
+    int32_t locate(const ItemEntry& item, SourceLocation& location);
 
     /// The text of line @p line (from 1) of a document, without its end of line. StatusOk, StatusMissingObject,
     /// StatusNoMemory.
@@ -52,7 +57,7 @@ private:
     struct Document;
 
     Document* document(const std::string& name);
-    int32_t locateIn(SourcePosition position, const uint32_t* key, SourceLocation& location);
+    int32_t locateItem(SourcePosition position, bool isAttribute, uint32_t key, SourceLocation& location);
 
     std::map<std::string, std::unique_ptr<Document>> mDocuments;
 };

@@ -7,8 +7,10 @@
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/Vocabulary.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // The parts of a node that graph construction gives it: options lists, and becoming a concrete node from a base node.
 
@@ -79,14 +81,14 @@ int32_t retargetOption(const GraphConfigNode& option, uint32_t baseKey, const st
     const GraphConfigItem* const original = apply == nullptr ? nullptr : findItem(*apply, baseKey);
     if (original == nullptr) return StatusOk;
     const SourcePosition position = positionOf(*apply, baseKey);
-    GraphConfigItem* const copied = copyItem(*original);
+    std::unique_ptr<GraphConfigItem> copied(copyItem(*original));
     if (copied == nullptr) {
         NUXO_ERROR("Failed create a copy during option handling");
         return StatusNoMemory;
     }
     const uint32_t known = ItemUID::str2key(nodeName);
     const uint32_t nodeKey = known != NUXO_KEY_NA ? known : registerName(nodeName);
-    TreeAccess::adoptItem(*apply, std::unique_ptr<GraphConfigItem>(copied), nodeKey, position);
+    TreeAccess::adoptItem(*apply, std::move(copied), nodeKey, position);
     const int32_t status = apply->removeDescendant(baseKey);
     if (status != StatusOk) NUXO_ERROR("Failed to remove original during option handling %s", baseName.c_str());
     return status;

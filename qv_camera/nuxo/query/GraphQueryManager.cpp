@@ -135,8 +135,8 @@ void GraphQueryManager::goThroughSearchItems(const std::map<ItemUID, std::string
                                              const IGraphConfig* settingsNode, unsigned short& matchCount)
 {
     if (settingsNode == nullptr) return;
-    const unsigned short matches = unlessNoMemory<unsigned short>(
-        0, [&] { return countMatches(searchItems, *settingsNode, mStrictQuery); });
+    const unsigned short matches =
+        unlessNoMemory<unsigned short>(0, [&] { return countMatches(searchItems, *settingsNode, mStrictQuery); });
     matchCount = static_cast<unsigned short>(matchCount + matches);
 }
 

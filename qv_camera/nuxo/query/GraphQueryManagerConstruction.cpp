@@ -19,10 +19,9 @@ namespace NUXO {
 
 namespace {
 
-constexpr auto kMergeSettings = static_cast<signed char>(
-    GraphQueryUtils::CopyMissingNodes | GraphQueryUtils::PushToPeer | GraphQueryUtils::Merge);
-constexpr auto kMergeMode =
-    static_cast<signed char>(GraphQueryUtils::CopyMissingNodes | GraphQueryUtils::Merge);
+constexpr auto kMergeSettings =
+    static_cast<signed char>(GraphQueryUtils::CopyMissingNodes | GraphQueryUtils::PushToPeer | GraphQueryUtils::Merge);
+constexpr auto kMergeMode = static_cast<signed char>(GraphQueryUtils::CopyMissingNodes | GraphQueryUtils::Merge);
 constexpr auto kMergeModeDefaults = static_cast<signed char>(GraphQueryUtils::Merge);
 constexpr const char* kDynamic = "false"; // the one text of `static` that leaves a connection dynamic
 

@@ -20,13 +20,14 @@ constexpr int32_t kOutput = 1; // `direction` of an output port
 
 // One level of a merge: how far the source node's items have been taken over.
 struct MergeLevel {
-    MergeLevel(GraphConfigNode& destination, const GraphConfigNode& source) : to(&destination), from(&source)
+    MergeLevel(GraphConfigNode& destination, const GraphConfigNode& source, bool sameTree)
+        : to(&destination), from(&source)
     {
         const ItemMap& items = TreeAccess::items(source);
         next = items.begin();
         end = items.end();
         // Within one tree the merge may insert into the very node that is walked; walk what it held at the start.
-        if (destination.getRootNode() != source.getRootNode()) return;
+        if (!sameTree) return;
         snapshot.assign(next, end);
         next = snapshot.data();
         end = next + snapshot.size();
@@ -46,7 +47,8 @@ public:
     // The levels stand in a vector, not on the stack: trees may be of any depth.
     int run(GraphConfigNode& to, const GraphConfigNode& from)
     {
-        mLevels.emplace_back(to, from);
+        mSameTree = to.getRootNode() == from.getRootNode();
+        mLevels.emplace_back(to, from, mSameTree);
         while (!mLevels.empty()) {
             MergeLevel& level = mLevels.back();
             int status = StatusOk;
@@ -71,24 +73,17 @@ private:
         const GraphConfigNode* const child = asNode(entry.second);
         if (counterpartNode != nullptr) {
             const bool descends = child != nullptr && has(GraphQueryUtils::Merge) && entry.first != NUXO_KEY_OPTIONS;
-            if (descends) mLevels.emplace_back(*counterpartNode, *child);
+            if (descends) mLevels.emplace_back(*counterpartNode, *child, mSameTree);
             return StatusOk;
         }
         if (child != nullptr) return has(GraphQueryUtils::CopyMissingNodes) ? copyNode(to, *child, entry) : StatusOk;
         if (counterpart != nullptr && !mayOverwrite(entry.first)) return StatusOk;
         if (entry.second->type == GraphConfigItem::INT) {
             const int32_t value = static_cast<const GraphConfigIntAttribute*>(entry.second)->value;
-            const int status = write(to, counterpart, entry, value);
-            return status == StatusOk && has(GraphQueryUtils::HandleOptions)
-                       ? obeyOptions(to, entry.first, std::to_string(value))
-                       : status;
+            return write(to, counterpart, entry, value);
         }
-        if (entry.second->type == GraphConfigItem::STRING) {
-            const std::string& value = static_cast<const GraphConfigStrAttribute*>(entry.second)->value;
-            const int status = write(to, counterpart, entry, value);
-            return status == StatusOk && has(GraphQueryUtils::HandleOptions) ? obeyOptions(to, entry.first, value)
-                                                                             : status;
-        }
+        if (entry.second->type == GraphConfigItem::STRING)
+            return write(to, counterpart, entry, static_cast<const GraphConfigStrAttribute*>(entry.second)->value);
         return StatusOk;
     }
 
@@ -101,7 +96,7 @@ private:
 
     // Writes straight into the attribute, whatever its options list says; one of the other kind keeps its value.
     template <typename Value>
-    static int write(GraphConfigNode& to, GraphConfigItem* counterpart, const ItemEntry& entry, const Value& value)
+    int write(GraphConfigNode& to, GraphConfigItem* counterpart, const ItemEntry& entry, const Value& value) const
     {
         if (counterpart == nullptr) {
             if (to.addValue(entry.first, value) != StatusOk) {
@@ -114,13 +109,16 @@ private:
             if (status != StatusOk) return StatusOk;
         }
         setPositionOf(to, entry.first, ItemMap::position(entry));
-        return StatusOk;
+        return has(GraphQueryUtils::HandleOptions) ? obeyOptions(to, entry.first, asText(value)) : StatusOk;
     }
 
-    static int obeyOptions(GraphConfigNode& to, uint32_t key, const std::string& value)
+    static std::string asText(int32_t value) { return std::to_string(value); }
+    static std::string asText(const std::string& value) { return value; }
+
+    // The value is a copy: applying the option may overwrite the attribute that it came from.
+    static int obeyOptions(GraphConfigNode& to, uint32_t key, const std::string value)
     {
-        const std::string text = value; // applying the option may overwrite what the reference refers to
-        const int32_t status = to.handleAttributeOptions(&to, key, text);
+        const int32_t status = to.handleAttributeOptions(&to, key, value);
         return status == StatusNotFound ? static_cast<int>(StatusOk) : status;
     }
 
@@ -150,6 +148,7 @@ private:
     }
 
     unsigned mOptions;
+    bool mSameTree = false;
     std::vector<MergeLevel> mLevels;
 };
 

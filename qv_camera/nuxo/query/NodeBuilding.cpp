@@ -5,7 +5,6 @@
 #include <nuxo/tree/TreeAccess.h>
 
 #include <memory>
-#include <new>
 #include <utility>
 
 // Nodes of the descriptor on their way into a graph.
@@ -27,7 +26,8 @@ const GraphConfigNode* findBase(const GraphConfigNode& descriptorNodes, const st
 }
 
 // An attribute of a node that the receiver lacks; it keeps where its value came from.
-int insertPropagated(const IGraphConfig& from, IGraphConfig& to, uint32_t key, std::unique_ptr<GraphConfigItem> attribute)
+int insertPropagated(const IGraphConfig& from, IGraphConfig& to, uint32_t key,
+                     std::unique_ptr<GraphConfigItem> attribute)
 {
     GraphConfigNode* const node = asNode(&to);
     if (node == nullptr) return StatusBadArgument;
@@ -57,7 +57,7 @@ GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t k
         }
     } else {
         fresh.reset(node->copy());
-        if (fresh == nullptr) throw std::bad_alloc();
+        if (fresh == nullptr) return nullptr;
     }
     TreeAccess::adopt(result, std::move(fresh), key, positionOf(descriptorNodes, key));
     return findChild(result, key);
@@ -74,12 +74,11 @@ GraphConfigNode* buildFromBase(const GraphConfigNode& node, const std::string& b
     std::unique_ptr<GraphConfigNode> fresh(base->copy());
     if (fresh == nullptr) {
         NUXO_ERROR("Failed to copy base node %s to create node %s", baseName.c_str(), nameOf(node));
-        throw std::bad_alloc();
+        return nullptr;
     }
     const int32_t status = fresh->changeBaseNodeIntoNode(const_cast<GraphConfigNode&>(node));
     if (status != StatusOk) {
         NUXO_ERROR("Failed to change base node %s into node %s", baseName.c_str(), nameOf(node));
-        if (status == StatusNoMemory) throw std::bad_alloc();
         return nullptr;
     }
     return fresh.release();

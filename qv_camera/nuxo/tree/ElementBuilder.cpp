@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/tree/ElementBuilder.h>
-#include <nuxo/tree/TreeAccess.h>
 
 #include <cstdint>
 #include <limits>
 #include <new>
-#include <string>
 #include <type_traits>
 
 namespace NUXO {
@@ -38,26 +36,6 @@ ElementBuilder::ElementBuilder(size_t integers, size_t texts, size_t entries) : 
     mFree = block + sizeof(GraphConfigNode);
     auto* const entryPlace = reinterpret_cast<ItemEntry*>(mFree + attributes);
     mNode.reset(TreeAccess::construct(block, entryPlace, static_cast<uint32_t>(entries)));
-}
-
-void* ElementBuilder::placeFor(size_t size)
-{
-    char* const place = mFree;
-    mFree += size;
-    return place;
-}
-
-void ElementBuilder::addInteger(uint32_t key, int32_t value, SourcePosition position)
-{
-    auto* const attribute = ::new (placeFor(sizeof(GraphConfigIntAttribute))) GraphConfigIntAttribute(value);
-    TreeAccess::items(*mNode).append(key, attribute, position);
-}
-
-void ElementBuilder::addText(uint32_t key, std::string_view text, SourcePosition position)
-{
-    void* const place = placeFor(sizeof(GraphConfigStrAttribute));
-    auto* const attribute = ::new (place) GraphConfigStrAttribute(std::string(text));
-    TreeAccess::items(*mNode).append(key, attribute, position);
 }
 
 } // namespace NUXO

@@ -14,12 +14,14 @@
 #ifndef NUXO_TREE_ELEMENT_BUILDER_H
 #define NUXO_TREE_ELEMENT_BUILDER_H
 
-#include <nuxo/tree/GraphConfigNode.h>
+#include <nuxo/tree/TreeAccess.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string_view>
+#include <utility>
 
 namespace NUXO {
 
@@ -33,14 +35,27 @@ public:
     ElementBuilder(size_t integers, size_t texts, size_t entries);
 
     /// Append an attribute; no more of a kind than announced. addText may throw std::bad_alloc.
-    void addInteger(uint32_t key, int32_t value, SourcePosition position);
-    void addText(uint32_t key, std::string_view text, SourcePosition position);
+    void addInteger(uint32_t key, int32_t value, SourcePosition position)
+    {
+        TreeAccess::items(*mNode).append(
+            key, ::new (placeFor(sizeof(GraphConfigIntAttribute))) GraphConfigIntAttribute(value), position);
+    }
+    void addText(uint32_t key, std::string_view text, SourcePosition position)
+    {
+        TreeAccess::items(*mNode).append(
+            key, ::new (placeFor(sizeof(GraphConfigStrAttribute))) GraphConfigStrAttribute(text), position);
+    }
 
     GraphConfigNode& node() { return *mNode; }
     std::unique_ptr<GraphConfigNode> take() { return std::move(mNode); }
 
 private:
-    void* placeFor(size_t size);
+    void* placeFor(size_t size)
+    {
+        char* const place = mFree;
+        mFree += size;
+        return place;
+    }
 
     std::unique_ptr<GraphConfigNode> mNode;
     char* mFree; // where the next attribute goes

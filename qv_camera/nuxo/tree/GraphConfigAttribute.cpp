@@ -4,13 +4,8 @@
 #include <nuxo/tree/GraphConfigAttribute.h>
 
 #include <new>
-#include <utility>
 
 namespace NUXO {
-
-GraphConfigIntAttribute::GraphConfigIntAttribute(int initial) : GraphConfigItem(INT), value(initial)
-{
-}
 
 GraphConfigIntAttribute::~GraphConfigIntAttribute() = default;
 
@@ -48,15 +43,6 @@ void* GraphConfigIntAttribute::operator new(size_t size)
 void GraphConfigIntAttribute::operator delete(void* memory)
 {
     releaseAttributeMemory(memory);
-}
-
-GraphConfigStrAttribute::GraphConfigStrAttribute() : GraphConfigItem(STRING)
-{
-}
-
-GraphConfigStrAttribute::GraphConfigStrAttribute(std::string initial)
-    : GraphConfigItem(STRING), value(std::move(initial))
-{
 }
 
 GraphConfigStrAttribute::~GraphConfigStrAttribute() = default;

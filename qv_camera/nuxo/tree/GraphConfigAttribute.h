@@ -6,13 +6,14 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace NUXO {
 
 /// An attribute that holds a 32-bit signed integer.
 class QV_EXPORT GraphConfigIntAttribute : public GraphConfigItem {
 public:
-    explicit GraphConfigIntAttribute(int initial = 0);
+    explicit GraphConfigIntAttribute(int initial = 0) noexcept : GraphConfigItem(INT), value(initial) {}
     ~GraphConfigIntAttribute() override;
 
     using GraphConfigItem::getValue;
@@ -34,9 +35,9 @@ public:
 /// An attribute that holds a text.
 class QV_EXPORT GraphConfigStrAttribute : public GraphConfigItem {
 public:
-    GraphConfigStrAttribute();
+    GraphConfigStrAttribute() noexcept : GraphConfigItem(STRING) {}
     /// May throw std::bad_alloc.
-    explicit GraphConfigStrAttribute(std::string initial);
+    explicit GraphConfigStrAttribute(std::string_view initial) : GraphConfigItem(STRING), value(initial) {}
     ~GraphConfigStrAttribute() override;
 
     using GraphConfigItem::getValue;

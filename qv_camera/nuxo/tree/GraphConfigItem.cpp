@@ -4,14 +4,6 @@
 
 namespace NUXO {
 
-GraphConfigItem::GraphConfigItem() noexcept : GraphConfigItem(NA)
-{
-}
-
-GraphConfigItem::GraphConfigItem(ItemType itemType) noexcept : type(static_cast<int16_t>(itemType)), mDocument(0)
-{
-}
-
 GraphConfigItem::~GraphConfigItem() = default;
 
 int32_t GraphConfigItem::getValue(int&)

@@ -17,7 +17,7 @@ public:
     enum ItemType : int32_t { NA = 1, STRING = 2, INT = 4, NODE = 8 };
 
     /// An untyped item.
-    GraphConfigItem() noexcept;
+    GraphConfigItem() noexcept : GraphConfigItem(NA) {}
     GraphConfigItem(const GraphConfigItem&) = delete;
     GraphConfigItem& operator=(const GraphConfigItem&) = delete;
 
@@ -37,7 +37,7 @@ public:
     int32_t type : 16;
 
 protected:
-    explicit GraphConfigItem(ItemType itemType) noexcept;
+    explicit GraphConfigItem(ItemType itemType) noexcept : type(static_cast<int16_t>(itemType)), mDocument(0) {}
 
 private:
     friend class ItemMap;

@@ -58,20 +58,18 @@ void dumpItem(const char* indent, const ItemEntry& entry)
 {
     const char* const name = ItemUID::key2str(entry.first);
     const auto key = static_cast<int>(entry.first);
+    int value = 0;
     switch (entry.second->type) {
     case GraphConfigItem::STRING:
         NUXO_ERROR("%s'%s' str [Attr] '%s'", indent, name,
                    static_cast<GraphConfigStrAttribute*>(entry.second)->value.c_str());
         return;
     case GraphConfigItem::INT:
-        NUXO_ERROR("%s'%s'(%d) int [Attr] '%d'", indent, name, key,
-                   static_cast<GraphConfigIntAttribute*>(entry.second)->value);
+        if (entry.second->getValue(value) == StatusOk)
+            NUXO_ERROR("%s'%s'(%d) int [Attr] '%d'", indent, name, key, value);
         return;
-    case GraphConfigItem::NODE:
-        NUXO_ERROR("%s'%s'(%d) [Node]", indent, name, key);
-        return;
-    default:
-        NUXO_ERROR("type?");
+    case GraphConfigItem::NODE: NUXO_ERROR("%s'%s'(%d) [Node]", indent, name, key); return;
+    default: NUXO_ERROR("type?");
     }
 }
 

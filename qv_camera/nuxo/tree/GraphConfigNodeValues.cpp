@@ -21,6 +21,15 @@ int32_t setIfOptionsAllow(GraphConfigNode& node, uint32_t key, const std::string
     return status;
 }
 
+// A value that the client sets stands in no document any more.
+template <typename Value>
+int32_t storeByHand(GraphConfigNode& node, uint32_t key, GraphConfigItem& item, const Value& value)
+{
+    const int32_t status = item.setValue(value);
+    if (status == StatusOk) setPositionOf(node, key, {});
+    return status;
+}
+
 int32_t refuseKind()
 {
     NUXO_ERROR("Attribute is of wrong type");
@@ -62,7 +71,7 @@ int32_t GraphConfigNode::setValue(uint32_t key, int value)
     if (item->type != INT) return refuseKind();
     try {
         const int32_t status = setIfOptionsAllow(*this, key, std::to_string(value), LogDebug);
-        return status == StatusOk ? item->setValue(value) : status;
+        return status == StatusOk ? storeByHand(*this, key, *item, value) : status;
     } catch (const std::bad_alloc&) {
         return StatusNoMemory;
     }
@@ -76,7 +85,7 @@ int32_t GraphConfigNode::setValue(uint32_t key, const std::string& value)
     try {
         const std::string text = value; // applying the option may overwrite what the reference refers to
         const int32_t status = setIfOptionsAllow(*this, key, text, LogError);
-        return status == StatusOk ? item->setValue(text) : status;
+        return status == StatusOk ? storeByHand(*this, key, *item, text) : status;
     } catch (const std::bad_alloc&) {
         return StatusNoMemory;
     }

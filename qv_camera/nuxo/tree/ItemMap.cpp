@@ -64,19 +64,10 @@ void ItemMap::insert(uint32_t key, GraphConfigItem* item, SourcePosition positio
     setPosition(place, position);
 }
 
-void ItemMap::append(uint32_t key, GraphConfigItem* item, SourcePosition position)
-{
-    makeRoom();
-    mEntries[mSize] = {key, 0, item};
-    setPosition(mEntries + mSize, position);
-    ++mSize;
-}
-
 void ItemMap::restoreOrder() noexcept
 {
-    ItemEntry* const last = mEntries + mSize;
-    if (std::is_sorted(mEntries, last, keyLess)) return;
-    std::stable_sort(mEntries, last, keyLess);
+    if (mOutOfOrder) std::stable_sort(mEntries, mEntries + mSize, keyLess);
+    mOutOfOrder = false;
 }
 
 void ItemMap::erase(const_iterator it)

@@ -22,7 +22,7 @@ struct ItemEntry {
 ///
 /// Attributes that were removed stay parked behind the live entries until the node goes, because pointers to them may
 /// still be in use. The map does not destroy items; its node does.
-class QV_EXPORT ItemMap {
+class ItemMap {
 public:
     using const_iterator = const ItemEntry*;
 
@@ -48,7 +48,14 @@ public:
     void insert(uint32_t key, GraphConfigItem* item, SourcePosition position);
     /// Appends without keeping the order: call restoreOrder before anything else looks at the map. May throw
     /// std::bad_alloc. Not to be used on a map with parked items.
-    void append(uint32_t key, GraphConfigItem* item, SourcePosition position);
+    void append(uint32_t key, GraphConfigItem* item, SourcePosition position)
+    {
+        if (mSize == mCapacity) makeRoom();
+        mOutOfOrder = mOutOfOrder || (mSize > 0 && key < mEntries[mSize - 1].first);
+        mEntries[mSize] = {key, position.offset, item};
+        item->mDocument = static_cast<uint16_t>(position.document);
+        ++mSize;
+    }
     /// Makes entries that were appended take their places.
     void restoreOrder() noexcept;
     /// Takes the entry out.
@@ -68,9 +75,10 @@ private:
 
     ItemEntry* mEntries = nullptr;
     uint32_t mSize = 0;
-    uint32_t mParked = 0;       // entries behind the live ones
-    uint32_t mCapacity = 0;     // entries that mEntries has room for
-    bool mOwnsEntries = false;  // whether mEntries is this map's own allocation
+    uint32_t mParked = 0;      // entries behind the live ones
+    uint32_t mCapacity = 0;    // entries that mEntries has room for
+    bool mOwnsEntries = false; // whether mEntries is this map's own allocation
+    bool mOutOfOrder = false;  // whether restoreOrder has something to do
 };
 
 } // namespace NUXO

@@ -73,7 +73,7 @@ void ItemUID::addCustomKeyMap(const std::map<std::string, uint32_t>& keys)
 std::string ItemUID::toString() const
 {
     std::string text;
-    for (const uint32_t key : mUids) {
+    for (const uint32_t& key : mUids) {
         if (&key != mUids.data()) text += kDisplaySeparator;
         text += key2str(key);
     }

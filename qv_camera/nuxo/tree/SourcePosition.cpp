@@ -95,6 +95,11 @@ SourcePosition getSourcePosition(const IGraphConfig* node)
     return {};
 }
 
+SourcePosition getSourcePosition(const ItemEntry& item)
+{
+    return ItemMap::position(item);
+}
+
 SourcePosition getSourcePosition(const IGraphConfig* node, uint32_t key)
 {
     const GraphConfigNode* const self = asNode(node);

@@ -23,8 +23,8 @@ void TreeAccess::adoptItem(GraphConfigNode& parent, std::unique_ptr<GraphConfigI
     if (node != nullptr) node->mAncestor = &parent;
 }
 
-GraphConfigNode* TreeAccess::adoptUnordered(GraphConfigNode& parent, std::unique_ptr<GraphConfigNode> child, uint32_t key,
-                                            SourcePosition position)
+GraphConfigNode* TreeAccess::adoptUnordered(GraphConfigNode& parent, std::unique_ptr<GraphConfigNode> child,
+                                            uint32_t key, SourcePosition position)
 {
     parent.mItems.append(key, child.get(), position);
     child->mAncestor = &parent;
@@ -46,14 +46,10 @@ void TreeAccess::insertText(GraphConfigNode& node, uint32_t key, const std::stri
 GraphConfigItem* copyItem(const GraphConfigItem& item)
 {
     switch (item.type) {
-    case GraphConfigItem::INT:
-        return static_cast<const GraphConfigIntAttribute&>(item).copy();
-    case GraphConfigItem::STRING:
-        return static_cast<const GraphConfigStrAttribute&>(item).copy();
-    case GraphConfigItem::NODE:
-        return static_cast<const GraphConfigNode&>(item).copy();
-    default:
-        return nullptr;
+    case GraphConfigItem::INT: return static_cast<const GraphConfigIntAttribute&>(item).copy();
+    case GraphConfigItem::STRING: return static_cast<const GraphConfigStrAttribute&>(item).copy();
+    case GraphConfigItem::NODE: return static_cast<const GraphConfigNode&>(item).copy();
+    default: return nullptr;
     }
 }
 

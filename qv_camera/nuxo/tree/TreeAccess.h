@@ -24,8 +24,8 @@ public:
     /// @p child is then destroyed.
     static GraphConfigNode* adopt(GraphConfigNode& parent, std::unique_ptr<GraphConfigNode> child, uint32_t key,
                                   SourcePosition position);
-    static GraphConfigNode* adoptUnordered(GraphConfigNode& parent, std::unique_ptr<GraphConfigNode> child, uint32_t key,
-                                           SourcePosition position);
+    static GraphConfigNode* adoptUnordered(GraphConfigNode& parent, std::unique_ptr<GraphConfigNode> child,
+                                           uint32_t key, SourcePosition position);
 
     /// As adopt, for any item.
     static void adoptItem(GraphConfigNode& parent, std::unique_ptr<GraphConfigItem> item, uint32_t key,
