@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ToolTest.h"
+
+#include <cstdlib>
+
+namespace {
+
+class DrawingTest : public ToolTest {
+protected:
+    ToolRun draw(const std::string& key) const
+    {
+        return run({"build", "descriptor.xml", "settings.xml", "--key", key, "--format", "dot"});
+    }
+
+    ToolRun drawOddNames() const
+    {
+        return run({"build", "odd_names.xml", "odd_names_settings.xml", "--format", "dot"});
+    }
+
+    static size_t count(const std::string& text, const std::string& part)
+    {
+        size_t found = 0;
+        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++found;
+        return found;
+    }
+
+    // dot is the only judge of its language; where it is not installed the test cannot tell.
+    void expectDotAccepts(const std::string& drawing)
+    {
+        if (std::system("command -v dot > /dev/null 2>&1") != 0) GTEST_SKIP() << "graphviz is not installed";
+        write("drawing.dot", drawing);
+        const std::string command = "cd '" + path("") + "' && dot -Tsvg drawing.dot -o drawing.svg > dot.log 2>&1";
+        EXPECT_EQ(std::system(command.c_str()), 0) << read("dot.log");
+        EXPECT_EQ(read("dot.log"), "");
+        EXPECT_NE(read("drawing.svg").find("</svg>"), std::string::npos);
+    }
+};
+
+TEST_F(DrawingTest, DrawsBoxesPortsStreamsAndConnections)
+{
+    const ToolRun result = draw("1");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    expectGolden(result.out, "build_1.dot");
+}
+
+TEST_F(DrawingTest, DrawsEachConnectionOnce)
+{
+    // Setting 1 activates all five connections of graph 100; both ends of each name their peer.
+    EXPECT_EQ(count(draw("1").out, " -> "), 5U);
+}
+
+TEST_F(DrawingTest, GroupsNodesByStream)
+{
+    const std::string drawing = draw("1").out;
+    EXPECT_EQ(count(drawing, "subgraph "), 2U);
+    EXPECT_EQ(count(drawing, "subgraph \"cluster_stream_60001\""), 1U);
+    EXPECT_EQ(count(drawing, "subgraph \"cluster_stream_60002\""), 1U);
+}
+
+TEST_F(DrawingTest, DisabledConnectionsAreDashedAndGrey)
+{
+    const ToolRun result = drawOddNames();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    // One of the two connections starts at a disabled port.
+    EXPECT_EQ(count(result.out, " -> "), 2U);
+    EXPECT_EQ(count(result.out, " -> \"sink\" [style=dashed, color=\"#9a9a9a\"];"), 1U) << result.out;
+    EXPECT_EQ(count(result.out, "[style=dashed"), 1U);
+}
+
+TEST_F(DrawingTest, EscapesNames)
+{
+    const ToolRun result = drawOddNames();
+    expectGolden(result.out, "build_odd_names.dot");
+    expectDotAccepts(result.out);
+}
+
+TEST_F(DrawingTest, DotAcceptsTheDrawing)
+{
+    expectDotAccepts(draw("1").out);
+}
+
+TEST_F(DrawingTest, DotAcceptsADrawingWithALooseEnd)
+{
+    const ToolRun result = draw("7");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(count(result.out, "ghost:input (missing)"), 1U) << result.out;
+    expectDotAccepts(result.out);
+}
+
+} // namespace

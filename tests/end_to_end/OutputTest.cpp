@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ToolTest.h"
+
+namespace {
+
+class OutputTest : public ToolTest {
+protected:
+    static bool isColoured(const std::string& text) { return text.find('\033') != std::string::npos; }
+
+    const std::vector<std::string> mFinding = {"dump", "truncated.xml"};
+};
+
+TEST_F(OutputTest, FindingsAreColouredOnATerminal)
+{
+    const ToolRun result = runOnTerminal(mFinding);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(isColoured(result.err)) << result.err;
+    EXPECT_NE(result.err.find("error[malformed]:"), std::string::npos) << result.err;
+}
+
+TEST_F(OutputTest, FindingsAreNotColouredInAFile)
+{
+    EXPECT_FALSE(isColoured(run(mFinding).err));
+}
+
+TEST_F(OutputTest, NoColorIsObeyedOnATerminal)
+{
+    const ToolRun result = runOnTerminal(mFinding, {{"NO_COLOR", "1"}});
+    EXPECT_FALSE(isColoured(result.err)) << result.err;
+    EXPECT_NE(result.err.find("error[malformed]:"), std::string::npos) << result.err;
+}
+
+TEST_F(OutputTest, EmptyNoColorCountsAsUnset)
+{
+    EXPECT_TRUE(isColoured(runOnTerminal(mFinding, {{"NO_COLOR", ""}}).err));
+}
+
+TEST_F(OutputTest, ColourChoiceOutranksTerminalAndEnvironment)
+{
+    EXPECT_TRUE(isColoured(run({"dump", "truncated.xml", "--color", "always"}, {{"NO_COLOR", "1"}}).err));
+    EXPECT_FALSE(isColoured(runOnTerminal({"dump", "truncated.xml", "--color", "never"}).err));
+}
+
+TEST_F(OutputTest, DataIsNeverColoured)
+{
+    EXPECT_FALSE(isColoured(run({"dump", "settings.xml", "--color", "always"}).out));
+}
+
+TEST_F(OutputTest, FullDeviceCannotBeWritten)
+{
+    const ToolRun result = runInto("/dev/full", {"dump", "settings.xml"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.err, "nuxo: error[cannot-write]: cannot write standard output: No space left on device\n");
+}
+
+TEST_F(OutputTest, LibraryLogIsShownOnRequestWithItsClass)
+{
+    const std::vector<std::string> build = {"build", "descriptor.xml", "settings.xml", "--key", "7"};
+    EXPECT_EQ(run(build).err.find("log["), std::string::npos);
+    std::vector<std::string> verbose = build;
+    verbose.emplace_back("-v");
+    const ToolRun result = run(verbose);
+    for (const char* const line : {"log[error] NUXO[XOS]:Failed to find peer by name ghost:input\n",
+                                   "log[warning] NUXO[XOS]:port output has no peer, disabling it.\n",
+                                   "log[debug] NUXO[XOS]:disableUnusedPorts done!\n"}) {
+        EXPECT_NE(result.err.find(line), std::string::npos) << line << " in\n" << result.err;
+    }
+    EXPECT_EQ(result.out, run(build).out);
+}
+
+TEST_F(OutputTest, EnvironmentAddsLogClasses)
+{
+    // Class 4: every allocation.
+    const ToolRun result = run({"dump", "settings.xml", "-v"}, {{"camera_css_debug", "4"}});
+    EXPECT_NE(result.err.find("log[debug] CIPR_ALLOC[XOS]:"), std::string::npos) << result.err;
+    EXPECT_EQ(run({"dump", "settings.xml"}, {{"camera_css_debug", "4"}}).err, "");
+}
+
+TEST_F(OutputTest, EveryRunWritesTheSameBytes)
+{
+    const std::vector<std::vector<std::string>> commands = {
+        {"dump", "descriptor.xml"},
+        {"dump", "descriptor.xml", "--format", "json"},
+        {"dump", "descriptor.xml", "--origin"},
+        {"query", "descriptor.xml", "settings.xml"},
+        {"query", "descriptor.xml", "settings.xml", "--format", "json"},
+        {"build", "descriptor.xml", "settings.xml", "--key", "1", "--origin", "-v"},
+        {"build", "descriptor.xml", "settings.xml", "--key", "1", "--origin", "--format", "json"},
+        {"build", "descriptor.xml", "settings.xml", "--key", "1", "--format", "dot"},
+        {"build", "descriptor.xml", "settings.xml", "--key", "6", "-v"},
+    };
+    for (const auto& command : commands) {
+        const ToolRun first = run(command);
+        const ToolRun second = run(command);
+        EXPECT_EQ(first.out, second.out);
+        EXPECT_EQ(first.err, second.err);
+        EXPECT_EQ(first.exitCode, second.exitCode);
+    }
+}
+
+} // namespace

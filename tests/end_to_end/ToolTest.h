@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NUXO_TESTS_END_TO_END_TOOL_TEST_H
+#define NUXO_TESTS_END_TO_END_TOOL_TEST_H
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// What a run of the tool left behind.
+struct ToolRun {
+    int exitCode = -1; ///< -1 when the tool could not be started or was ended by a signal
+    std::string out;
+    std::string err;
+};
+
+/// A directory of its own with copies of the fixtures, in which the tool runs, so that file names in its output are short
+/// and the same everywhere.
+class ToolTest : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    using Environment = std::map<std::string, std::string>;
+
+    /// Runs the tool with standard output and standard error going to files.
+    ToolRun run(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
+    /// The same with standard error on a terminal.
+    ToolRun runOnTerminal(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
+    /// The same with standard output going to an existing file, such as a device.
+    ToolRun runInto(const std::string& file, const std::vector<std::string>& arguments) const;
+
+    std::string path(const std::string& name) const { return mDirectory + '/' + name; }
+    void write(const std::string& name, const std::string& content) const;
+    void writeCompressed(const std::string& name, const std::string& content) const;
+    std::string read(const std::string& name) const;
+
+private:
+    std::string mDirectory;
+};
+
+/// Compares with the file of that name in golden/. With NUXO_UPDATE_GOLDEN set in the environment the file is written
+/// instead and the test fails, so that an update never passes for a check.
+void expectGolden(const std::string& actual, const std::string& name);
+
+#endif

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NUXO_TOOL_FILE_BYTES_H
+#define NUXO_TOOL_FILE_BYTES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include <zlib.h>
+
+namespace NuxoTool {
+
+/// The bytes of a graph file's text, decompressed when its name ends in "gz", piece by piece.
+class FileBytes {
+public:
+    static constexpr size_t kPieceSize = 65536;
+
+    explicit FileBytes(const std::string& path);
+
+    /// Up to kPieceSize bytes; 0 at the end and on trouble.
+    size_t read(char* piece);
+    /// What went wrong, "" when nothing did.
+    const std::string& trouble() const { return mTrouble; }
+
+private:
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+        void operator()(gzFile file) const { gzclose(file); }
+    };
+
+    size_t readCompressed(char* piece);
+
+    std::unique_ptr<std::FILE, Close> mPlain;
+    std::unique_ptr<gzFile_s, Close> mCompressed;
+    std::string mTrouble;
+};
+
+/// The text behind the last '.' of a path, the whole path when there is none: how the parser tells kinds of files.
+std::string suffixOf(const std::string& path);
+
+/// Line and column (in bytes), both from 1, of a byte of the file's text.
+struct LineColumn {
+    uint32_t line = 1;
+    uint32_t column = 1;
+};
+LineColumn locateByte(const std::string& path, uint64_t offset);
+
+/// Line @p line of the file's text up to some way behind @p column; "" when there is none. Keeps no more than that in memory.
+std::string readLine(const std::string& path, uint32_t line, uint32_t column);
+
+} // namespace NuxoTool
+
+#endif

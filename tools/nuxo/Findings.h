@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NUXO_TOOL_FINDINGS_H
+#define NUXO_TOOL_FINDINGS_H
+
+#include <nuxo/parser/SourceLocator.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace NuxoTool {
+
+/// What the tool's exit code says. A run with several kinds of trouble ends with the highest.
+enum class ExitCode { Done = 0, Findings = 1, Usage = 2, InputOutput = 3, Internal = 4 };
+
+/// Where a finding is: a file, with line and column when they are known (line 0: not known).
+using Location = NUXO::SourceLocation;
+
+/// A place without line and column.
+Location inFile(const std::string& file);
+
+/// A text from the command line that a finding points into.
+struct Quote {
+    std::string text;
+    size_t column = 1; ///< from 1
+    size_t length = 1;
+};
+
+/// What a run has to report besides its data: errors, warnings, and notes that explain the finding before them.
+///
+/// Texts read "what was found; what was expected".
+class Findings {
+public:
+    void error(const std::string& rule, const Location& where, const std::string& text,
+               ExitCode exitCode = ExitCode::Findings);
+    /// An error in something that was typed on the command line.
+    void usageError(const std::string& rule, const Quote& quote, const std::string& text);
+    void warning(const std::string& rule, const Location& where, const std::string& text);
+    void note(const Location& where, const std::string& text);
+
+    ExitCode exitCode() const { return mExitCode; }
+    /// Number of errors so far, to see whether a step added any.
+    size_t errorCount() const { return mErrorCount; }
+
+    /// All findings in the order in which they were made, each with the source line that it is about.
+    std::string toText(bool colour) const;
+
+private:
+    enum class Severity { Error, Warning, Note };
+    struct Finding {
+        Severity severity = Severity::Error;
+        std::string rule;
+        Location where;
+        Quote quote; // shown when its text is not empty
+        std::string text;
+    };
+
+    void add(Severity severity, const std::string& rule, const Location& where, const std::string& text);
+    static std::string headline(const Finding& finding, bool colour);
+    static void appendSource(std::string& out, const Finding& finding, bool colour);
+
+    std::vector<Finding> mFindings;
+    size_t mErrorCount = 0;
+    ExitCode mExitCode = ExitCode::Done;
+};
+
+} // namespace NuxoTool
+
+#endif

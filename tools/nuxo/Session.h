@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef NUXO_TOOL_SESSION_H
+#define NUXO_TOOL_SESSION_H
+
+#include "Arguments.h"
+#include "Findings.h"
+
+#include <nuxo/parser/SourceLocator.h>
+
+#include <string>
+
+namespace NuxoTool {
+
+/// One run of the tool: what was asked, and what came of it.
+struct Session {
+    Arguments arguments;
+    Findings findings;
+    NUXO::SourceLocator locator;
+    std::string output; ///< data for standard output
+};
+
+} // namespace NuxoTool
+
+#endif

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Suggestion.h"
+
+#include <nuxo/tree/NuxoKeys.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <vector>
+
+namespace NuxoTool {
+
+namespace {
+
+constexpr size_t kLongestName = 64; // longer names are no typing errors
+
+// Names of the vocabulary that mark ranges or nothing and name no element or attribute.
+bool isMarker(const std::string& name)
+{
+    return name == "na" || name == "generic_keys_end" || name == "num_start" || name == "num_end";
+}
+
+size_t lengthDifference(const std::string& a, const std::string& b)
+{
+    return a.size() > b.size() ? a.size() - b.size() : b.size() - a.size();
+}
+
+// Number of characters to insert, remove, replace or swap with their neighbour.
+size_t editDistance(const std::string& a, const std::string& b)
+{
+    std::vector<size_t> before(b.size() + 1);
+    std::vector<size_t> last(b.size() + 1);
+    std::vector<size_t> current(b.size() + 1);
+    std::iota(last.begin(), last.end(), size_t{0});
+    for (size_t i = 1; i <= a.size(); ++i) {
+        current[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replace = last[j - 1] + (a[i - 1] == b[j - 1] ? 0U : 1U);
+            current[j] = std::min({replace, last[j] + 1, current[j - 1] + 1});
+            const bool swapped = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
+            if (swapped) current[j] = std::min(current[j], before[j - 2] + 1);
+        }
+        before.swap(last);
+        last.swap(current);
+    }
+    return last[b.size()];
+}
+
+} // namespace
+
+std::string closestName(const std::string& name)
+{
+    if (name.empty() || name.size() > kLongestName) return "";
+    size_t best = std::max<size_t>(name.size() / 3, 1) + 1;
+    std::string closest;
+    for (const auto& [candidate, key] : NUXO::nuxo_key_map) {
+        if (isMarker(candidate) || lengthDifference(candidate, name) >= best) continue;
+        const size_t distance = editDistance(name, candidate);
+        if (distance >= best) continue;
+        best = distance;
+        closest = candidate;
+    }
+    return closest;
+}
+
+std::string suggestionFor(const std::string& name)
+{
+    const std::string closest = closestName(name);
+    return closest.empty() ? "" : "; did you mean '" + closest + "'?";
+}
+
+} // namespace NuxoTool

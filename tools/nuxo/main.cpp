@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Arguments.h"
+#include "LibraryLog.h"
+#include "Output.h"
+#include "Session.h"
+#include "verbs/Verbs.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+
+namespace {
+
+using NuxoTool::ExitCode;
+using NuxoTool::Session;
+
+void runVerb(Session& session)
+{
+    switch (session.arguments.verb) {
+    case NuxoTool::Verb::Dump: runDump(session); break;
+    case NuxoTool::Verb::Query: runQuery(session); break;
+    case NuxoTool::Verb::Build: runBuild(session); break;
+    }
+}
+
+void writeResult(Session& session)
+{
+    if (session.output.empty()) return;
+    const std::string trouble = NuxoTool::writeOutput(session.output);
+    if (trouble.empty()) return;
+    session.findings.error("cannot-write", {}, "cannot write standard output: " + trouble, ExitCode::InputOutput);
+}
+
+void runGuarded(Session& session)
+{
+    try {
+        runVerb(session);
+    } catch (const std::bad_alloc&) {
+        session.findings.error("internal", {}, "out of memory", ExitCode::Internal);
+    } catch (const std::exception& trouble) {
+        session.findings.error("internal", {}, trouble.what(), ExitCode::Internal);
+    }
+}
+
+ExitCode run(int argc, char** argv)
+{
+    const NuxoTool::ParsedArguments parsed = NuxoTool::parseArguments(argc, argv);
+    Session session;
+    session.output = parsed.output;
+    if (!parsed.error.empty()) {
+        session.findings.error("usage", {}, parsed.error, ExitCode::Usage);
+        session.findings.note({}, "see nuxo --help and nuxo <verb> --help");
+    } else if (parsed.arguments) {
+        session.arguments = *parsed.arguments;
+        if (session.arguments.verbose) NuxoTool::showLibraryLog();
+        runGuarded(session);
+    }
+    writeResult(session);
+    const std::string findings = session.findings.toText(NuxoTool::wantsColour(parsed.colour));
+    std::fputs(findings.c_str(), stderr);
+    return session.findings.exitCode();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return static_cast<int>(run(argc, argv));
+    } catch (const std::exception& trouble) {
+        std::fprintf(stderr, "nuxo: error[internal]: %s\n", trouble.what());
+        return static_cast<int>(ExitCode::Internal);
+    }
+}
