@@ -130,7 +130,8 @@ TEST_F(BaseNodeTest, OnlyTheFirstEntryForTheBaseIsReTargetedAndGoesBehindItsEqua
 TEST_F(BaseNodeTest, AttributeUnderTheNameOfTheBaseIsReTargetedToo)
 {
     load(R"(<nodes><base_node name="rbm" base_type="hw"><port name="out"><options attribute="format">
-              <o value="NV12"><apply rbm="5"/></o></options></port></base_node><node name="pg" base_node="rbm"/></nodes>)",
+              <o value="NV12"><apply rbm="5"/></o></options></port></base_node>
+            <node name="pg" base_node="rbm"/></nodes>)",
          "<settings/>");
     mCopy.reset(at(*mDescriptor, "nodes:rbm").copy());
     EXPECT_EQ(convert(), StatusOk);

@@ -395,7 +395,8 @@ protected:
         load(R"(<nodes><source name="tpg"/><source name="sensor"/><source name="buffer_src0"/><source name="camera"/>
                   <hw name="pg"><port name="in" direction="0"/></hw></nodes>
                 <graphs><graph id="1"><connection source="tpg" sink="pg:in"/><connection source="sensor" sink="pg:in"/>
-                  <connection source="buffer_src0" sink="pg:in"/><connection source="camera" sink="pg:in"/></graph></graphs>)",
+                  <connection source="buffer_src0" sink="pg:in"/><connection source="camera" sink="pg:in"/>
+                </graph></graphs>)",
              besideSettings + "<settings key=\"7\" id=\"1\"><pg/>" + setting + "</settings>");
     }
 };

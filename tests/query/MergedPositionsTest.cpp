@@ -148,8 +148,10 @@ TEST_F(MergedPositionsTest, SensorModeWinsOverItsDefaults)
 TEST_F(MergedPositionsTest, DifferencesFromABaseNodeWinOverTheBase)
 {
     loadTexts(
-        R"(<nodes><base_node name="base" base_type="source" bpp="1" fps="1"><port name="out" format="a" left="1"/></base_node>
-                 <node name="tpg" base_node="base"><attribute target="bpp" value="2"/><attribute target="out:format" value="b"/>
+        R"(<nodes><base_node name="base" base_type="source" bpp="1" fps="1">
+                 <port name="out" format="a" left="1"/></base_node>
+                 <node name="tpg" base_node="base"><attribute target="bpp" value="2"/>
+                 <attribute target="out:format" value="b"/>
                  <attribute target="out:width" value="3"/></node></nodes>
                  <graphs><graph id="1"><connection source="tpg" sink="tpg" static="1"/></graph></graphs>)",
         "<settings key=\"7\" id=\"1\"/>");

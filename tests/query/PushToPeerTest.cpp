@@ -41,7 +41,8 @@ TEST_F(PushToPeerTest, OutputGivesAVirtualSinkWhatItLacks)
 TEST_F(PushToPeerTest, OutputOverwritesThePortOfAnotherNodeButAddsNoNodes)
 {
     loadGraph(R"(<a><out direction="1" peer="b:in" format="NV12"><input left="1"/><output left="2"/></out></a>
-                 <b><in type="port" direction="0" peer="a:out" format="RAW" width="640"><input left="0" top="5"/></in></b>)");
+                 <b><in type="port" direction="0" peer="a:out" format="RAW" width="640">
+                   <input left="0" top="5"/></in></b>)");
     EXPECT_EQ(mergeSetting("<a><out width=\"1920\"/></a>"), StatusOk);
     EXPECT_EQ(text(at(*mRoot, "b:in")),
               "format='NV12' input{left=1 top=5} peer='a:out' type='port' direction=0 width=1920");

@@ -97,8 +97,8 @@ protected:
         release();
     }
 
-    /// Runs @p action with every C++ allocation failing, then @p check, which must release what the action made. Nothing
-    /// may be thrown or lost.
+    /// Runs @p action with every C++ allocation failing, then @p check, which must release what the action made.
+    /// Nothing may be thrown or lost.
     size_t sweep(bool forGood, const std::function<void()>& action, const std::function<void()>& check)
     {
         AllocationFailures failures;

@@ -27,7 +27,8 @@ TEST_F(SensorModeTest, ModeIsMergedOverDefaultsOverTheSensor)
 {
     loadPair(" fps=\"1\" bpp=\"1\" width=\"1\" name=\"sensor\"><pixel_array><output left=\"1\"/></pixel_array>",
              R"( fps="2" bpp="2"><pixel_array top="2"/><mode name="0" bpp="9"/>
-                <mode name="1" bpp="3" left="3"><pixel_array top="3"><output left="3"/></pixel_array><binner right="3"/></mode>)");
+                <mode name="1" bpp="3" left="3"><pixel_array top="3"><output left="3"/></pixel_array>
+                  <binner right="3"/></mode>)");
     EXPECT_EQ(choose("1"), StatusOk);
     EXPECT_EQ(text(sensor()), "name='sensor' pixel_array{output{left=3} top=3} binner{right=3} "
                               "bpp=3 fps=2 left=3 width=1");

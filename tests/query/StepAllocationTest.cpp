@@ -112,7 +112,8 @@ TEST_F(StepAllocationTest, BaseNodeConversion)
 {
     const std::string body =
         std::string(R"(<base_node name="base" base_type="program_group_with_a_long_name"><port name="out">
-          <options attribute="format"><o value="NV12"><apply><base bpp="8"><k/></base></apply></o></options></port></base_node>
+          <options attribute="format"><o value="NV12"><apply><base bpp="8"><k/></base></apply></o></options></port>
+        </base_node>
         <node name="pg" base_node="base"><attribute target="out:metadata" value=")") +
         kLong + R"("/>
           <attribute target="out:width" value="1920"/></node>)";

@@ -4,6 +4,7 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <string>
 
@@ -14,7 +15,7 @@ namespace {
 // An override is an element `apply`, or a named one of that type.
 bool isOverride(const GraphConfigNode& node, uint32_t key)
 {
-    return key == NUXO_KEY_APPLY || hasText(node, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_APPLY));
+    return key == NUXO_KEY_APPLY || hasText(node, NUXO_KEY_TYPE, kTypeApply);
 }
 
 // The attribute at the path, created when missing; null when that is impossible.

@@ -2,7 +2,9 @@
 #include <nuxo/Log.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/query/ConnectionBuilder.h>
+#include <nuxo/tree/PathReader.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <new>
 
@@ -22,10 +24,8 @@ int addPosition(GraphConfigNode& node, uint32_t key, SourcePosition position)
 
 ConnectionBuilder::End::End(const std::string& text)
 {
-    const ItemUID path(text);
-    node = path[0];
-    port = path[1];
-    hasPort = path.size() > 1;
+    PathReader reader(text);
+    hasPort = reader.next(node) && reader.next(port);
 }
 
 // The settings item of the connection's source, null after a warning when the setting lacks it.
@@ -86,7 +86,7 @@ int ConnectionBuilder::claimVirtualSink(GraphConfigNode& sink, const GraphConfig
         NUXO_ERROR("No type for connected peer node");
         return readFailure(sink, NUXO_KEY_TYPE);
     }
-    if (*type != ItemUID::key2str(NUXO_KEY_SINK)) {
+    if (*type != kTypeSink) {
         NUXO_ERROR("sink connection attribute without port '%s' not pointing to virtual sink", type->c_str());
         return StatusMissingData;
     }

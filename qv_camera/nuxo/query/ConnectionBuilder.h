@@ -3,6 +3,7 @@
 #ifndef NUXO_QUERY_CONNECTION_BUILDER_H
 #define NUXO_QUERY_CONNECTION_BUILDER_H
 
+#include <nuxo/query/BaseConversion.h>
 #include <nuxo/tree/GraphConfigNode.h>
 
 #include <cstdint>
@@ -61,7 +62,7 @@ private:
 
 /// See GraphQueryManager::copyNodeToResult and constructNodeFromBase.
 GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result);
-GraphConfigNode* buildFromBase(const GraphConfigNode& node, const std::string& baseName,
+GraphConfigNode* buildFromBase(const GraphConfigNode& node, const NodeIdentity& identity, const std::string& baseName,
                                const GraphConfigNode& descriptorNodes);
 
 /// See GraphQueryManager::propagateIntAttribute and propagateStrAttribute.

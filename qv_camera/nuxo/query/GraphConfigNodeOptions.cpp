@@ -5,14 +5,9 @@
 #include <nuxo/query/GraphQueryUtils.h>
 #include <nuxo/tree/GraphConfigNode.h>
 #include <nuxo/tree/TreeAccess.h>
-#include <nuxo/tree/Vocabulary.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
-
-// The parts of a node that graph construction gives it: options lists, and becoming a concrete node from a base node.
 
 namespace NUXO {
 
@@ -66,86 +61,6 @@ int32_t applyOption(GraphConfigNode& node, const GraphConfigNode& option, const 
     return status;
 }
 
-// Sets a text attribute without regard to options lists.
-int32_t setText(const GraphConfigNode& node, uint32_t key, const std::string& text)
-{
-    GraphConfigItem* const item = findItem(node, key);
-    return item == nullptr ? static_cast<int32_t>(StatusMissingData) : item->setValue(text);
-}
-
-// What the option applies to the base node, it shall apply to the concrete node.
-int32_t retargetOption(const GraphConfigNode& option, uint32_t baseKey, const std::string& baseName,
-                       const std::string& nodeName)
-{
-    GraphConfigNode* const apply = findChild(option, NUXO_KEY_APPLY);
-    const GraphConfigItem* const original = apply == nullptr ? nullptr : findItem(*apply, baseKey);
-    if (original == nullptr) return StatusOk;
-    const SourcePosition position = positionOf(*apply, baseKey);
-    std::unique_ptr<GraphConfigItem> copied(copyItem(*original));
-    if (copied == nullptr) {
-        NUXO_ERROR("Failed create a copy during option handling");
-        return StatusNoMemory;
-    }
-    const uint32_t known = ItemUID::str2key(nodeName);
-    const uint32_t nodeKey = known != NUXO_KEY_NA ? known : registerName(nodeName);
-    TreeAccess::adoptItem(*apply, std::move(copied), nodeKey, position);
-    const int32_t status = apply->removeDescendant(baseKey);
-    if (status != StatusOk) NUXO_ERROR("Failed to remove original during option handling %s", baseName.c_str());
-    return status;
-}
-
-int32_t retargetOptions(const GraphConfigNode& base, const std::string& baseName, const std::string& nodeName)
-{
-    const uint32_t baseKey = ItemUID::str2key(baseName);
-    if (baseKey == NUXO_KEY_NA) return StatusOk;
-    int32_t status = StatusOk;
-    forEachChild(base, [&](const GraphConfigNode& port, uint32_t) {
-        if (!hasText(port, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_PORT))) return true;
-        forEachChild(port, [&](const GraphConfigNode& options, uint32_t key) {
-            if (key != NUXO_KEY_OPTIONS) return true;
-            forEachChild(options, [&](const GraphConfigNode& option, uint32_t) {
-                status = retargetOption(option, baseKey, baseName, nodeName);
-                return status == StatusOk;
-            });
-            return status == StatusOk;
-        });
-        return status == StatusOk;
-    });
-    return status;
-}
-
-std::string textOrEmpty(const GraphConfigNode& node, uint32_t key)
-{
-    const std::string* const text = findText(node, key);
-    return text == nullptr ? std::string() : *text;
-}
-
-int32_t applyDifference(GraphConfigNode& target, const GraphConfigNode& difference)
-{
-    const std::string pathText = textOrEmpty(difference, NUXO_KEY_TARGET);
-    const std::string valueText = textOrEmpty(difference, NUXO_KEY_VALUE);
-    NUXO_DEBUG("Applying override %s -> %s", pathText.c_str(), valueText.c_str());
-    const ItemUID uid(pathText);
-    const int32_t status = target.setValueFromStr(uid, valueText);
-    if (status != StatusOk) {
-        NUXO_ERROR("Failed to apply override %s -> %s", pathText.c_str(), valueText.c_str());
-        return status;
-    }
-    auto* const holder = static_cast<GraphConfigNode*>(uid.size() > 1 ? target.getGraphConfigItem(uid) : &target);
-    setPositionOf(*holder, uid.back(), positionOf(difference, NUXO_KEY_VALUE));
-    return StatusOk;
-}
-
-int32_t applyDifferences(GraphConfigNode& target, const GraphConfigNode& node)
-{
-    int32_t status = StatusOk;
-    forEachChild(node, [&](const GraphConfigNode& difference, uint32_t) {
-        status = applyDifference(target, difference);
-        return status == StatusOk;
-    });
-    return status;
-}
-
 int32_t handleOptions(GraphConfigNode& node, uint32_t attributeKey, const std::string& value)
 {
     const GraphConfigNode* const option = findOption(node, attributeKey, value);
@@ -156,50 +71,12 @@ int32_t handleOptions(GraphConfigNode& node, uint32_t attributeKey, const std::s
     return applyOption(node, *option, value);
 }
 
-// Gives the copy of a base node the concrete node's type and name.
-int32_t takeIdentity(GraphConfigNode& self, const std::string& type, const GraphConfigNode& node,
-                     const std::string& nodeName)
-{
-    const int32_t status = setText(self, NUXO_KEY_TYPE, type) | setText(self, NUXO_KEY_NAME, nodeName);
-    if (status != StatusOk) {
-        NUXO_ERROR("Failed to set node type and name from config %s", nodeName.c_str());
-        return status;
-    }
-    setPositionOf(self, NUXO_KEY_TYPE, positionOf(self, NUXO_KEY_BASE_TYPE));
-    setPositionOf(self, NUXO_KEY_NAME, getSourcePosition(&node));
-    return StatusOk;
-}
-
-int32_t changeIntoNode(GraphConfigNode& self, const GraphConfigNode& node)
-{
-    const std::string baseName = textOrEmpty(self, NUXO_KEY_NAME);
-    const std::string nodeName = nameOf(node);
-    NUXO_DEBUG("Change base node %s into node %s ", baseName.c_str(), nodeName.c_str());
-
-    const std::string* const baseType = findText(self, NUXO_KEY_BASE_TYPE);
-    if (baseType == nullptr) {
-        NUXO_ERROR("Failed to get base node type, change from base node failed");
-        return readFailure(self, NUXO_KEY_BASE_TYPE);
-    }
-    int32_t status = takeIdentity(self, *baseType, node, nodeName);
-    if (status == StatusOk) status = retargetOptions(self, baseName, nodeName);
-    if (status == StatusOk) status = applyDifferences(self, node);
-    if (status != StatusOk) return status;
-    NUXO_DEBUG("Conversion from base node %s  done!", nodeName.c_str());
-    return StatusOk;
-}
-
 } // namespace
 
 int32_t GraphConfigNode::handleAttributeOptions(GraphConfigNode* node, uint32_t attributeKey, const std::string& value)
 {
     if (node == nullptr) return StatusBadArgument;
     return unlessNoMemory<int32_t>(StatusNoMemory, [&] { return handleOptions(*node, attributeKey, value); });
-}
-
-int32_t GraphConfigNode::changeBaseNodeIntoNode(GraphConfigNode& node)
-{
-    return unlessNoMemory<int32_t>(StatusNoMemory, [&] { return changeIntoNode(*this, node); });
 }
 
 } // namespace NUXO

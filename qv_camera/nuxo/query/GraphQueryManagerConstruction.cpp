@@ -282,7 +282,8 @@ IGraphConfig* GraphQueryManager::constructNodeFromBase(IGraphConfig* node, std::
     const GraphConfigNode* const concrete = asNode(static_cast<const IGraphConfig*>(node));
     const GraphConfigNode* const nodes = asNode(static_cast<const IGraphConfig*>(descriptorNodes));
     if (concrete == nullptr || nodes == nullptr) return nullptr;
-    return unlessNoMemory<IGraphConfig*>(nullptr, [&] { return buildFromBase(*concrete, baseName, *nodes); });
+    return unlessNoMemory<IGraphConfig*>(
+        nullptr, [&] { return buildFromBase(*concrete, NodeIdentity(*concrete), baseName, *nodes); });
 }
 
 int GraphQueryManager::propagateIntAttribute(IGraphConfig* from, IGraphConfig* to, unsigned int key)

@@ -6,6 +6,7 @@
 #include <nuxo/query/GraphQueryUtils.h>
 #include <nuxo/query/PortDisabling.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <memory>
 #include <new>
@@ -20,7 +21,7 @@ constexpr int32_t kDisabled = 0;
 // Whether the port takes part: pixel ports that are neither private nor disabled already.
 bool needsPeer(const GraphConfigNode& port)
 {
-    if (!hasText(port, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_PORT))) return false;
+    if (!hasText(port, NUXO_KEY_TYPE, kTypePort)) return false;
     const std::string* const contentType = findText(port, NUXO_KEY_CONTENT_TYPE);
     if (contentType != nullptr && *contentType != kPixelData) return false;
     int32_t isPrivate = 0;

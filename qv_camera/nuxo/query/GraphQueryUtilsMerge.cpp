@@ -5,10 +5,12 @@
 #include <nuxo/query/GraphQueryUtils.h>
 #include <nuxo/query/PortDisabling.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -68,8 +70,9 @@ private:
 
     int takeOver(GraphConfigNode& to, const ItemEntry& entry)
     {
-        GraphConfigItem* const counterpart = findItem(to, entry.first);
-        GraphConfigNode* const counterpartNode = asNode(counterpart);
+        const ItemMap::const_iterator counterpart = TreeAccess::items(to).find(entry.first);
+        const bool isMissing = counterpart == TreeAccess::items(to).end();
+        GraphConfigNode* const counterpartNode = isMissing ? nullptr : asNode(counterpart->second);
         const GraphConfigNode* const child = asNode(entry.second);
         if (counterpartNode != nullptr) {
             const bool descends = child != nullptr && has(GraphQueryUtils::Merge) && entry.first != NUXO_KEY_OPTIONS;
@@ -77,13 +80,15 @@ private:
             return StatusOk;
         }
         if (child != nullptr) return has(GraphQueryUtils::CopyMissingNodes) ? copyNode(to, *child, entry) : StatusOk;
-        if (counterpart != nullptr && !mayOverwrite(entry.first)) return StatusOk;
+        if (!isMissing && !mayOverwrite(entry.first)) return StatusOk;
         if (entry.second->type == GraphConfigItem::INT) {
-            const int32_t value = static_cast<const GraphConfigIntAttribute*>(entry.second)->value;
-            return write(to, counterpart, entry, value);
+            const auto& attribute = static_cast<const GraphConfigIntAttribute&>(*entry.second);
+            return isMissing ? add(to, attribute, entry) : overwrite(to, counterpart, attribute, entry);
         }
-        if (entry.second->type == GraphConfigItem::STRING)
-            return write(to, counterpart, entry, static_cast<const GraphConfigStrAttribute*>(entry.second)->value);
+        if (entry.second->type == GraphConfigItem::STRING) {
+            const auto& attribute = static_cast<const GraphConfigStrAttribute&>(*entry.second);
+            return isMissing ? add(to, attribute, entry) : overwrite(to, counterpart, attribute, entry);
+        }
         return StatusOk;
     }
 
@@ -94,22 +99,34 @@ private:
         return has(GraphQueryUtils::Merge) && std::find(kProtected.begin(), kProtected.end(), key) == kProtected.end();
     }
 
-    // Writes straight into the attribute, whatever its options list says; one of the other kind keeps its value.
-    template <typename Value>
-    int write(GraphConfigNode& to, GraphConfigItem* counterpart, const ItemEntry& entry, const Value& value) const
+    template <typename Attribute> int add(GraphConfigNode& to, const Attribute& attribute, const ItemEntry& entry) const
     {
-        if (counterpart == nullptr) {
-            if (to.addValue(entry.first, value) != StatusOk) {
-                NUXO_ERROR("Error adding %s: No memory", ItemUID::key2str(entry.first));
-                return StatusNoMemory;
-            }
-        } else {
-            const int32_t status = counterpart->setValue(value);
-            if (status == StatusNoMemory) return status;
-            if (status != StatusOk) return StatusOk;
+        try {
+            TreeAccess::adoptItem(to, std::make_unique<Attribute>(attribute.value), entry.first,
+                                  ItemMap::position(entry));
+        } catch (const std::bad_alloc&) {
+            NUXO_ERROR("Error adding %s: No memory", ItemUID::key2str(entry.first));
+            return StatusNoMemory;
         }
-        setPositionOf(to, entry.first, ItemMap::position(entry));
-        return has(GraphQueryUtils::HandleOptions) ? obeyOptions(to, entry.first, asText(value)) : StatusOk;
+        return afterWriting(to, attribute, entry);
+    }
+
+    // Writes straight into the attribute, whatever its options list says; one of the other kind keeps its value.
+    template <typename Attribute>
+    int overwrite(GraphConfigNode& to, ItemMap::const_iterator counterpart, const Attribute& attribute,
+                  const ItemEntry& entry) const
+    {
+        const int32_t status = counterpart->second->setValue(attribute.value);
+        if (status == StatusNoMemory) return status;
+        if (status != StatusOk) return StatusOk;
+        TreeAccess::items(to).setPosition(counterpart, ItemMap::position(entry));
+        return afterWriting(to, attribute, entry);
+    }
+
+    template <typename Attribute>
+    int afterWriting(GraphConfigNode& to, const Attribute& attribute, const ItemEntry& entry) const
+    {
+        return has(GraphQueryUtils::HandleOptions) ? obeyOptions(to, entry.first, asText(attribute.value)) : StatusOk;
     }
 
     static std::string asText(int32_t value) { return std::to_string(value); }
@@ -141,7 +158,7 @@ private:
         if (!findInteger(port, NUXO_KEY_DIRECTION, direction) || direction != kOutput) return StatusOk;
         GraphConfigNode* const peer = findPortPeer(port);
         if (peer == nullptr) return StatusOk;
-        const bool toSink = hasText(*peer, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_SINK));
+        const bool toSink = hasText(*peer, NUXO_KEY_TYPE, kTypeSink);
         const GraphQueryUtils::MergeOption options =
             toSink ? GraphQueryUtils::CopyMissingNodes : GraphQueryUtils::Merge;
         return TreeMerge(options).run(*peer, port);

@@ -3,6 +3,7 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/query/ConnectionBuilder.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <memory>
 #include <utility>
@@ -18,7 +19,7 @@ const GraphConfigNode* findBase(const GraphConfigNode& descriptorNodes, const st
     const GraphConfigNode* found = nullptr;
     forEachChild(descriptorNodes, [&](const GraphConfigNode& child, uint32_t) {
         const std::string* const name = findText(child, NUXO_KEY_NAME);
-        const bool isBase = hasText(child, NUXO_KEY_TYPE, ItemUID::key2str(NUXO_KEY_BASE_NODE));
+        const bool isBase = hasText(child, NUXO_KEY_TYPE, kTypeBaseNode);
         if (isBase && name != nullptr && *name == baseName) found = &child;
         return found == nullptr;
     });
@@ -39,18 +40,21 @@ int insertPropagated(const IGraphConfig& from, IGraphConfig& to, uint32_t key,
 
 GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result)
 {
-    const GraphConfigNode* const node = findChild(descriptorNodes, key);
+    const ItemMap& nodes = TreeAccess::items(descriptorNodes);
+    const ItemMap::const_iterator entry = nodes.find(key);
+    const GraphConfigNode* const node = entry == nodes.end() ? nullptr : asNode(entry->second);
     if (node == nullptr) {
         NUXO_ERROR("Node(%s) not found from descriptor", ItemUID::key2str(key));
         return nullptr;
     }
-    GraphConfigNode* const present = findChild(result, key);
-    if (present != nullptr) return present;
+    GraphConfigItem* const present = findItem(result, key);
+    if (asNode(present) != nullptr) return asNode(present);
 
+    const SourcePosition position = ItemMap::position(*entry);
     std::unique_ptr<GraphConfigNode> fresh;
     const std::string* const baseName = findText(*node, NUXO_KEY_BASE_NODE);
     if (baseName != nullptr) {
-        fresh.reset(buildFromBase(*node, *baseName, descriptorNodes));
+        fresh.reset(buildFromBase(*node, NodeIdentity(*node, key, position), *baseName, descriptorNodes));
         if (fresh == nullptr) {
             NUXO_ERROR("Node(%s) could not be built from base node %s", ItemUID::key2str(key), baseName->c_str());
             return nullptr;
@@ -59,26 +63,27 @@ GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t k
         fresh.reset(node->copy());
         if (fresh == nullptr) return nullptr;
     }
-    TreeAccess::adopt(result, std::move(fresh), key, positionOf(descriptorNodes, key));
-    return findChild(result, key);
+    GraphConfigNode* const adopted = TreeAccess::adopt(result, std::move(fresh), key, position);
+    return present == nullptr ? adopted : nullptr; // an attribute with this key hides the node
 }
 
-GraphConfigNode* buildFromBase(const GraphConfigNode& node, const std::string& baseName,
+GraphConfigNode* buildFromBase(const GraphConfigNode& node, const NodeIdentity& identity, const std::string& baseName,
                                const GraphConfigNode& descriptorNodes)
 {
+    const char* const name = identity.name.c_str();
     const GraphConfigNode* const base = findBase(descriptorNodes, baseName);
     if (base == nullptr) {
-        NUXO_ERROR("Failed to find base node %s for node %s", baseName.c_str(), nameOf(node));
+        NUXO_ERROR("Failed to find base node %s for node %s", baseName.c_str(), name);
         return nullptr;
     }
     std::unique_ptr<GraphConfigNode> fresh(base->copy());
     if (fresh == nullptr) {
-        NUXO_ERROR("Failed to copy base node %s to create node %s", baseName.c_str(), nameOf(node));
+        NUXO_ERROR("Failed to copy base node %s to create node %s", baseName.c_str(), name);
         return nullptr;
     }
-    const int32_t status = fresh->changeBaseNodeIntoNode(const_cast<GraphConfigNode&>(node));
+    const int32_t status = convertBaseNode(*fresh, node, identity);
     if (status != StatusOk) {
-        NUXO_ERROR("Failed to change base node %s into node %s", baseName.c_str(), nameOf(node));
+        NUXO_ERROR("Failed to change base node %s into node %s", baseName.c_str(), name);
         return nullptr;
     }
     return fresh.release();

@@ -24,6 +24,8 @@ std::unique_ptr<GraphConfigItem> makeAttribute(const std::string& value)
     return std::make_unique<GraphConfigStrAttribute>(value);
 }
 
+constexpr size_t kUsualDepth = 8; // of trees; deeper ones just cost a reallocation
+
 ElementBuilder builderLike(const GraphConfigNode& node)
 {
     size_t integers = 0;
@@ -69,6 +71,7 @@ const GraphConfigNode* copyUpToChild(CopyLevel& level, bool& known)
 std::unique_ptr<GraphConfigNode> copyTree(const GraphConfigNode& root)
 {
     std::vector<CopyLevel> levels;
+    levels.reserve(kUsualDepth);
     levels.emplace_back(root);
     for (;;) {
         bool known = true;

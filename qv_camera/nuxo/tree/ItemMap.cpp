@@ -24,10 +24,17 @@ ItemMap::~ItemMap()
     if (mOwnsEntries) ::operator delete(mEntries);
 }
 
+// Binary search without branches to mispredict: most lookups are in small nodes.
 ItemMap::const_iterator ItemMap::lowerBound(uint32_t key) const
 {
-    return std::lower_bound(begin(), end(), key,
-                            [](const ItemEntry& entry, uint32_t wanted) { return entry.first < wanted; });
+    const ItemEntry* first = mEntries;
+    uint32_t count = mSize;
+    while (count > 1) {
+        const uint32_t half = count / 2;
+        first += first[half - 1].first < key ? half : 0;
+        count -= half;
+    }
+    return count == 1 && first->first < key ? first + 1 : first;
 }
 
 ItemMap::const_iterator ItemMap::upperBound(uint32_t key) const

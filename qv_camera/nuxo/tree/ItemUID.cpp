@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/tree/ItemUID.h>
+#include <nuxo/tree/PathReader.h>
 #include <nuxo/tree/Vocabulary.h>
 
+#include <algorithm>
 #include <new>
 
 namespace NUXO {
 
 namespace {
 
-constexpr char kPathSeparator = ':';
 constexpr char kDisplaySeparator = '.';
 
 } // namespace
@@ -19,13 +20,9 @@ ItemUID::ItemUID(std::initializer_list<uint32_t> keys) : mUids(keys)
 
 ItemUID::ItemUID(const std::string& path)
 {
-    size_t start = 0;
-    while (start < path.size()) {
-        const size_t separator = path.find(kPathSeparator, start);
-        const size_t end = separator == std::string::npos ? path.size() : separator;
-        mUids.push_back(str2key(path.substr(start, end - start)));
-        start = end + 1;
-    }
+    mUids.reserve(static_cast<size_t>(std::count(path.begin(), path.end(), PathReader::kSeparator)) + 1);
+    PathReader reader(path);
+    for (uint32_t key = NUXO_KEY_NA; reader.next(key);) mUids.push_back(key);
 }
 
 ItemUID::ItemUID(const char* path) : ItemUID(std::string(path == nullptr ? "" : path))
