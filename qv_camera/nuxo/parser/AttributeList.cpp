@@ -6,13 +6,6 @@
 
 namespace NUXO {
 
-namespace {
-
-// Up to here moving attributes one by one beats a general sort.
-constexpr size_t kFewAttributes = 24;
-
-} // namespace
-
 bool AttributeList::addUnique(uint32_t key, std::string_view text)
 {
     const bool known = std::any_of(mAttributes.begin(), mAttributes.end(),
@@ -21,39 +14,35 @@ bool AttributeList::addUnique(uint32_t key, std::string_view text)
     return !known;
 }
 
-// Keeps document order among equal keys.
+// Orders by key and, among equal keys, as in the document; of several with one key the first stays.
 void AttributeList::sortByKey()
 {
-    if (mAttributes.size() > kFewAttributes) {
-        std::stable_sort(mAttributes.begin(), mAttributes.end(),
-                         [](const Attribute& left, const Attribute& right) { return left.key < right.key; });
-        return;
+    mOrder.clear();
+    mShape.clear();
+    for (size_t i = 0; i < mAttributes.size(); ++i) {
+        mShape.push_back(mAttributes[i].key);
+        mOrder.push_back(static_cast<uint64_t>(mAttributes[i].key) << 32U | i);
     }
-    for (size_t i = 1; i < mAttributes.size(); ++i) {
-        const Attribute moved = mAttributes[i];
-        size_t place = i;
-        for (; place > 0 && mAttributes[place - 1].key > moved.key; --place)
-            mAttributes[place] = mAttributes[place - 1];
-        mAttributes[place] = moved;
-    }
+    std::sort(mOrder.begin(), mOrder.end());
+    const auto sameKey = [](uint64_t left, uint64_t right) { return left >> 32U == right >> 32U; };
+    mOrder.erase(std::unique(mOrder.begin(), mOrder.end(), sameKey), mOrder.end());
+    mIntegers = 0;
+    for (const uint64_t place : mOrder) mIntegers += mAttributes[static_cast<uint32_t>(place)].isInteger ? 1U : 0U;
 }
 
-void AttributeList::dropRepeated()
+// Whether the attributes are those of the element before, in the same order, so that its order still holds.
+bool AttributeList::hasSameShape() const
 {
-    const auto end = std::unique(mAttributes.begin(), mAttributes.end(),
-                                 [](const Attribute& left, const Attribute& right) { return left.key == right.key; });
-    mAttributes.erase(end, mAttributes.end());
+    return std::equal(mAttributes.begin(), mAttributes.end(), mShape.begin(), mShape.end(),
+                      [](const Attribute& attribute, uint32_t key) { return attribute.key == key; });
 }
 
-std::unique_ptr<GraphConfigNode> AttributeList::build(SourcePosition position)
+std::unique_ptr<GraphConfigNode> AttributeList::build(SourcePosition position, size_t items)
 {
-    sortByKey();
-    dropRepeated();
-    size_t integers = 0;
-    for (const Attribute& attribute : mAttributes) integers += attribute.isInteger ? 1U : 0U;
-
-    ElementBuilder builder(integers, mAttributes.size() - integers, mAttributes.size());
-    for (const Attribute& attribute : mAttributes) {
+    if (!hasSameShape()) sortByKey();
+    ElementBuilder builder(mIntegers, mOrder.size() - mIntegers, std::max(items, mOrder.size()));
+    for (const uint64_t place : mOrder) {
+        const Attribute& attribute = mAttributes[static_cast<uint32_t>(place)];
         if (attribute.isInteger) {
             builder.addInteger(attribute.key, attribute.number, position);
         } else {

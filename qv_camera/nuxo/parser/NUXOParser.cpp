@@ -118,12 +118,14 @@ void NUXOParser::openElement(const char* name, const char** atts)
     }
     if (key == NUXO_KEY_NA || mRootKey == NUXO_KEY_GRAPH_DESCRIPTOR) lowerInto(run.elementName, name);
     if (key == NUXO_KEY_NA) key = run.names.findOrRegister(run.elementName);
-    std::unique_ptr<GraphConfigNode> node = readAttributes(atts, key);
+    const SourcePosition position = currentPosition(run);
+    std::unique_ptr<GraphConfigNode> node = readAttributes(atts, position, key);
     if (node == nullptr || !ensureRoot()) {
         abandon();
         return;
     }
-    mCurrentNode = TreeAccess::adoptUnordered(*mCurrentNode, std::move(node), key, currentPosition(run));
+    run.openKeys.push_back(key);
+    mCurrentNode = TreeAccess::adoptUnordered(*mCurrentNode, std::move(node), key, position);
 }
 
 void NUXOParser::openRootElement(uint32_t key, const char** atts)
@@ -137,7 +139,8 @@ void NUXOParser::openRootElement(uint32_t key, const char** atts)
 }
 
 // The node of an element with its attributes, null after a message when one cannot be added.
-std::unique_ptr<GraphConfigNode> NUXOParser::readAttributes(const char** atts, uint32_t& elementKey)
+std::unique_ptr<GraphConfigNode> NUXOParser::readAttributes(const char** atts, SourcePosition position,
+                                                            uint32_t& elementKey)
 {
     ParserRun& run = *mRun;
     try {
@@ -148,7 +151,7 @@ std::unique_ptr<GraphConfigNode> NUXOParser::readAttributes(const char** atts, u
             if (isName && !readName(atts[1], elementKey)) return nullptr;
             readAttribute(key, atts[1]);
         }
-        return run.attributes.build(currentPosition(run));
+        return run.attributes.build(position, run.sizes.expected(elementKey));
     } catch (const std::bad_alloc&) {
         NUXO_LOG(LogError, kParserTag, "Error while adding attribute");
         return nullptr;
@@ -206,7 +209,12 @@ void NUXOParser::closeElement()
     if (run.failed || run.depth == 0) return;
     --run.depth;
     if (mCurrentNode == nullptr) return;
-    TreeAccess::items(*mCurrentNode).restoreOrder();
+    ItemMap& items = TreeAccess::items(*mCurrentNode);
+    items.restoreOrder();
+    if (!run.openKeys.empty()) {
+        run.sizes.remember(run.openKeys.back(), items.size());
+        run.openKeys.pop_back();
+    }
     GraphConfigNode* const parent = TreeAccess::ancestor(*mCurrentNode);
     if (parent != nullptr) mCurrentNode = parent;
 }

@@ -59,20 +59,21 @@ public:
     static void endElement(void* data, const char* name);
 
 private:
-    bool startRun(const char* documentName, XML_Parser parser);
-    template <typename Feed> void feedDocument(XML_Parser parser, const char* fileName, Feed feed);
-    ParserRun& currentRun();
-    void finish(IGraphConfig** out);
-    void openElement(const char* name, const char** atts);
-    void openRootElement(uint32_t key, const char** atts);
-    std::unique_ptr<GraphConfigNode> readAttributes(const char** atts, uint32_t& elementKey);
-    bool readName(const char* name, uint32_t& elementKey);
-    void readAttribute(uint32_t key, const char* text);
-    bool ensureRoot();
-    void closeElement();
-    void abandon() noexcept;
-    void discardTree() noexcept;
-    void discardLeftover() noexcept;
+    QV_LOCAL bool startRun(const char* documentName, XML_Parser parser);
+    template <typename Feed> QV_LOCAL void feedDocument(XML_Parser parser, const char* fileName, Feed feed);
+    QV_LOCAL ParserRun& currentRun();
+    QV_LOCAL void finish(IGraphConfig** out);
+    QV_LOCAL void openElement(const char* name, const char** atts);
+    QV_LOCAL void openRootElement(uint32_t key, const char** atts);
+    QV_LOCAL std::unique_ptr<GraphConfigNode> readAttributes(const char** atts, SourcePosition position,
+                                                             uint32_t& elementKey);
+    QV_LOCAL bool readName(const char* name, uint32_t& elementKey);
+    QV_LOCAL void readAttribute(uint32_t key, const char* text);
+    QV_LOCAL bool ensureRoot();
+    QV_LOCAL void closeElement();
+    QV_LOCAL void abandon() noexcept;
+    QV_LOCAL void discardTree() noexcept;
+    QV_LOCAL void discardLeftover() noexcept;
 
     uint32_t mRootKey = 1;
     std::string mVersion;

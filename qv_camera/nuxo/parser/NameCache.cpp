@@ -39,6 +39,7 @@ void lowerInto(std::string& lowered, const char* name)
 
 void NameCache::clear()
 {
+    mAddressed.fill({});
     mRecent.fill({});
     mSlots.clear();
     mUsed = 0;
@@ -95,10 +96,16 @@ uint32_t NameCache::find(std::string_view name)
 
 uint32_t NameCache::findLowered(const char* name)
 {
+    Addressed& addressed = mAddressed[(reinterpret_cast<uintptr_t>(name) >> 3U) % kAddressed];
+    if (addressed.address == name && std::strcmp(addressed.name, name) == 0) return addressed.key;
+
     const size_t length = std::strlen(name);
     if (length == 0) return NUXO_KEY_NA;
     Slot& recent = mRecent[recentIndex(name, length)];
-    if (recent.length == length && std::memcmp(recent.name, name, length) == 0) return recent.key;
+    if (recent.length == length && std::memcmp(recent.name, name, length) == 0) {
+        addressed = {name, recent.name, recent.key};
+        return recent.key;
+    }
 
     lowerInto(mLowered, name);
     uint32_t hash = kHashStart;

@@ -42,6 +42,15 @@ private:
     Slot& remember(const std::string& name, uint32_t key);
     Slot& slotFor(std::string_view name, uint32_t hash);
 
+    // Names found lately by where the caller had them: expat hands an attribute's name out at one address throughout.
+    struct Addressed {
+        const char* address = nullptr;
+        const char* name = nullptr;
+        uint32_t key = 0;
+    };
+    static constexpr size_t kAddressed = 64;
+    std::array<Addressed, kAddressed> mAddressed;
+
     // Names found lately, by a few of their bytes: most need no lower-casing and no hashing of their whole length.
     static constexpr size_t kRecent = 512; // as many as recentIndex tells apart
     std::array<Slot, kRecent> mRecent;

@@ -5,9 +5,11 @@
 
 #include <nuxo/parser/AttributeList.h>
 #include <nuxo/parser/NameCache.h>
+#include <nuxo/parser/SizeMemory.h>
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <expat.h>
 
@@ -22,8 +24,10 @@ struct ParserRun {
     SourcePosition version;      // where the document says its version
     bool failed = false;         // callbacks that still come are ignored
     NameCache names;
-    AttributeList attributes; // of the element that is being opened
-    std::string elementName;  // its name in lower case; kept for descriptors and unknown names only
+    SizeMemory sizes;
+    std::vector<uint32_t> openKeys; // of the elements from the tree's root down to the current node
+    AttributeList attributes;       // of the element that is being opened
+    std::string elementName;        // its name in lower case; kept for descriptors and unknown names only
 };
 
 } // namespace NUXO

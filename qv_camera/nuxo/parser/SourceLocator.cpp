@@ -15,7 +15,7 @@ namespace NUXO {
 
 namespace {
 
-constexpr size_t kReadSize = 65536;
+constexpr size_t kReadSize = 4096; // the parser's: of a damaged gzip file it sees as much
 
 struct GzDeleter {
     void operator()(gzFile file) const { gzclose(file); }

@@ -56,8 +56,8 @@ public:
 private:
     struct Document;
 
-    Document* document(const std::string& name);
-    int32_t locateItem(SourcePosition position, bool isAttribute, uint32_t key, SourceLocation& location);
+    QV_LOCAL Document* document(const std::string& name);
+    QV_LOCAL int32_t locateItem(SourcePosition position, bool isAttribute, uint32_t key, SourceLocation& location);
 
     std::map<std::string, std::unique_ptr<Document>> mDocuments;
 };

@@ -93,7 +93,7 @@ public:
     int propagateStrAttribute(IGraphConfig* from, IGraphConfig* to, unsigned int key);
 
 private:
-    struct Build;
+    struct QV_LOCAL Build;
 
     bool mStrictQuery = false;
     const IGraphConfig* mGraphSettings = nullptr;

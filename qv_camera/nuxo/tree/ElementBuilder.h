@@ -28,7 +28,7 @@ namespace NUXO {
 /// Frees the memory of a destroyed attribute, unless it belongs to its node's block.
 void releaseAttributeMemory(void* memory);
 
-/// Makes one node in one allocation. Items arrive in key order, or restoreOrder follows.
+/// Makes one node in one allocation. Attributes arrive in key order.
 class ElementBuilder {
 public:
     /// Room for the given numbers of attributes and for @p entries items altogether. May throw std::bad_alloc.
@@ -37,12 +37,12 @@ public:
     /// Append an attribute; no more of a kind than announced. addText may throw std::bad_alloc.
     void addInteger(uint32_t key, int32_t value, SourcePosition position)
     {
-        TreeAccess::items(*mNode).append(
+        TreeAccess::items(*mNode).appendInOrder(
             key, ::new (placeFor(sizeof(GraphConfigIntAttribute))) GraphConfigIntAttribute(value), position);
     }
     void addText(uint32_t key, std::string_view text, SourcePosition position)
     {
-        TreeAccess::items(*mNode).append(
+        TreeAccess::items(*mNode).appendInOrder(
             key, ::new (placeFor(sizeof(GraphConfigStrAttribute))) GraphConfigStrAttribute(text), position);
     }
 

@@ -119,11 +119,11 @@ public:
 private:
     friend class TreeAccess;
 
-    GraphConfigNode(ItemEntry* storage, uint32_t capacity) noexcept;
-    template <typename Value> int32_t addAttribute(uint32_t key, const Value& value);
-    int32_t fileNewAttribute(uint32_t key);
-    const GraphConfigNode* holderOf(const ItemUID& path) const;
-    void unlinkFromAncestor() noexcept;
+    QV_LOCAL GraphConfigNode(ItemEntry* storage, uint32_t capacity) noexcept;
+    template <typename Value> QV_LOCAL int32_t addAttribute(uint32_t key, const Value& value);
+    QV_LOCAL int32_t fileNewAttribute(uint32_t key);
+    QV_LOCAL const GraphConfigNode* holderOf(const ItemUID& path) const;
+    QV_LOCAL void unlinkFromAncestor() noexcept;
 
     ItemMap mItems;
     GraphConfigNode* mAncestor = nullptr;

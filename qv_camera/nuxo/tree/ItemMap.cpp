@@ -11,6 +11,7 @@ namespace NUXO {
 namespace {
 
 constexpr uint32_t kFirstCapacity = 4;
+constexpr uint32_t kFewEntries = 32; // up to here moving entries one by one beats a general sort
 
 bool keyLess(const ItemEntry& left, const ItemEntry& right)
 {
@@ -73,8 +74,18 @@ void ItemMap::insert(uint32_t key, GraphConfigItem* item, SourcePosition positio
 
 void ItemMap::restoreOrder() noexcept
 {
-    if (mOutOfOrder) std::stable_sort(mEntries, mEntries + mSize, keyLess);
+    if (!mOutOfOrder) return;
     mOutOfOrder = false;
+    if (mSize > kFewEntries) {
+        std::stable_sort(mEntries, mEntries + mSize, keyLess);
+        return;
+    }
+    for (uint32_t i = 1; i < mSize; ++i) {
+        const ItemEntry moved = mEntries[i];
+        uint32_t place = i;
+        for (; place > 0 && keyLess(moved, mEntries[place - 1]); --place) mEntries[place] = mEntries[place - 1];
+        mEntries[place] = moved;
+    }
 }
 
 void ItemMap::erase(const_iterator it)

@@ -52,9 +52,16 @@ public:
     {
         if (mSize == mCapacity) makeRoom();
         mOutOfOrder = mOutOfOrder || (mSize > 0 && key < mEntries[mSize - 1].first);
-        mEntries[mSize] = {key, position.offset, item};
+        appendInOrder(key, item, position);
+    }
+    /// Appends where there is room for sure and no key before is greater.
+    void appendInOrder(uint32_t key, GraphConfigItem* item, SourcePosition position) noexcept
+    {
+        ItemEntry& entry = mEntries[mSize++];
+        entry.first = key;
+        entry.offset = position.offset;
+        entry.second = item;
         item->mDocument = static_cast<uint16_t>(position.document);
-        ++mSize;
     }
     /// Makes entries that were appended take their places.
     void restoreOrder() noexcept;

@@ -30,7 +30,7 @@ public:
     int32_t reset();
 
 private:
-    template <typename Matches> IGraphConfig* step(Matches matches);
+    template <typename Matches> QV_LOCAL IGraphConfig* step(Matches matches);
 
     int32_t mIndex = 0;
     IGraphConfig* mNode;
