@@ -4,6 +4,7 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
 #include <nuxo/camera/PortPeer.h>
+#include <nuxo/tree/PathReader.h>
 #include <nuxo/tree/TreeAccess.h>
 
 #include <algorithm>
@@ -31,7 +32,7 @@ bool showsFullName(const std::string& type)
 
 } // namespace
 
-int resolvePeer(const IGraphConfig* port, IGraphConfig** peer)
+int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys)
 {
     if (port == nullptr || peer == nullptr) {
         NUXO_ERROR("Invalid Node, cannot get the peer port");
@@ -55,7 +56,8 @@ int resolvePeer(const IGraphConfig* port, IGraphConfig** peer)
         NUXO_DEBUG("Couldn't find peer value for %s", GraphCameraUtil::print(port).c_str());
         return StatusBadArgument;
     }
-    *peer = root->getDescendant(ItemUID(name));
+    const GraphConfigNode* const rootNode = asNode(root);
+    *peer = rootNode != nullptr ? followPath(*rootNode, name, keys) : root->getDescendant(ItemUID(name));
     if (*peer == nullptr) {
         NUXO_ERROR("Failed to find peer by name %s", name.c_str());
         return StatusBadArgument;

@@ -22,9 +22,9 @@ int addPosition(GraphConfigNode& node, uint32_t key, SourcePosition position)
 
 } // namespace
 
-ConnectionBuilder::End::End(const std::string& text)
+ConnectionBuilder::End::End(const std::string& text, KeyCache& keys)
 {
-    PathReader reader(text);
+    PathReader reader(text, &keys);
     hasPort = reader.next(node) && reader.next(port);
 }
 
@@ -135,8 +135,8 @@ int ConnectionBuilder::addPeers(const End& source, GraphConfigNode& sourceEnd, c
 
 int ConnectionBuilder::connectDynamic(const Connection& connection)
 {
-    const End source(connection.source);
-    End sink(connection.sink);
+    const End source(connection.source, mKeys);
+    End sink(connection.sink, mKeys);
     std::string sourcePeer = connection.sink;
 
     const GraphConfigNode* const settingsItem = findSettingsItem(source);
@@ -152,7 +152,7 @@ int ConnectionBuilder::connectDynamic(const Connection& connection)
         const std::string* const redirected = findText(*settingsItem, NUXO_KEY_PEER);
         if (redirected != nullptr) {
             sourcePeer = *redirected;
-            sink.node = ItemUID::str2key(sourcePeer);
+            sink.node = mKeys.keyOf(sourcePeer);
             NUXO_DEBUG("Overriding destination node %s with %s", ItemUID::key2str(sink.node), sourcePeer.c_str());
         } else {
             NUXO_DEBUG("Using default connection %s", connection.source.c_str());
@@ -176,8 +176,8 @@ int ConnectionBuilder::connectDynamic(const Connection& connection)
 
 int ConnectionBuilder::connectStatic(const Connection& connection)
 {
-    const End source(connection.source);
-    const End sink(connection.sink);
+    const End source(connection.source, mKeys);
+    const End sink(connection.sink, mKeys);
     GraphConfigNode* const sourceNode = copySource(source.node);
     if (sourceNode == nullptr) return StatusMissingData;
     int status = StatusOk;

@@ -5,6 +5,7 @@
 
 #include <nuxo/query/BaseConversion.h>
 #include <nuxo/tree/GraphConfigNode.h>
+#include <nuxo/tree/KeyCache.h>
 
 #include <cstdint>
 #include <string>
@@ -24,9 +25,10 @@ public:
     /// @param descriptorNodes  the descriptor's `nodes`
     /// @param settings         the `settings` node, null when only static connections are made
     /// @param settingsKey      its key, for messages
+    /// @param keys             where to look names up
     ConnectionBuilder(GraphConfigNode& descriptorNodes, const GraphConfigNode* settings, int32_t settingsKey,
-                      GraphConfigNode& result)
-        : mNodes(descriptorNodes), mSettings(settings), mSettingsKey(settingsKey), mResult(result)
+                      GraphConfigNode& result, KeyCache& keys)
+        : mNodes(descriptorNodes), mSettings(settings), mSettingsKey(settingsKey), mResult(result), mKeys(keys)
     {
     }
 
@@ -38,7 +40,7 @@ public:
 private:
     /// One end: a node, and a port of it unless the text names just a node.
     struct End {
-        explicit End(const std::string& text);
+        End(const std::string& text, KeyCache& keys);
 
         uint32_t node = NUXO_KEY_NA;
         uint32_t port = NUXO_KEY_NA;
@@ -58,6 +60,7 @@ private:
     const GraphConfigNode* mSettings;
     int32_t mSettingsKey;
     GraphConfigNode& mResult;
+    KeyCache& mKeys;
 };
 
 /// See GraphQueryManager::copyNodeToResult and constructNodeFromBase.

@@ -6,7 +6,7 @@
 #include <nuxo/query/ConnectionBuilder.h>
 #include <nuxo/query/GraphQueryManager.h>
 #include <nuxo/query/GraphQueryUtils.h>
-#include <nuxo/query/PortDisabling.h>
+#include <nuxo/query/GraphEditing.h>
 #include <nuxo/tree/TreeAccess.h>
 
 #include <exception>
@@ -109,6 +109,7 @@ struct GraphQueryManager::Build {
     GraphConfigNode& settings;
     GraphConfigNode& result;
     int32_t settingsKey;
+    KeyCache& keys; // of this one build
 
     int connect(const GraphConfigNode& element, SourcePosition position) const;
     int connectAll(const GraphConfigNode& graph) const;
@@ -126,7 +127,7 @@ int GraphQueryManager::Build::connect(const GraphConfigNode& element, SourcePosi
     if (status != StatusOk) return status;
     GraphConfigNode* const nodes = findNodes(descriptor);
     if (nodes == nullptr) return StatusMissingData;
-    ConnectionBuilder builder(*nodes, &settings, settingsKey, result);
+    ConnectionBuilder builder(*nodes, &settings, settingsKey, result, keys);
     const Connection connection = {*source, *sink, position};
     return isStatic(element) ? builder.connectStatic(connection) : builder.connectDynamic(connection);
 }
@@ -182,7 +183,7 @@ int GraphQueryManager::Build::run() const
     if (status == StatusOk) status = connectAll(*graph);
     if (status != StatusOk) return status;
 
-    status = GraphQueryUtils::addDescendantsFromNode(&result, &settings, kMergeSettings);
+    status = mergeTrees(result, settings, kMergeSettings, keys);
     if (status != StatusOk) {
         NUXO_ERROR("Failed to add settings to the result graph");
         return status;
@@ -192,7 +193,7 @@ int GraphQueryManager::Build::run() const
         NUXO_ERROR("Failed to process graph %d overrides", graphId);
         return status;
     }
-    switchOffUnusedPorts(result);
+    switchOffUnusedPorts(result, &keys);
     return applySensorMode();
 }
 
@@ -220,7 +221,8 @@ int GraphQueryManager::getGraph(GraphConfigNode* settingsNode, GraphConfigNode* 
     const int status = result->addValue(NUXO_KEY_KEY, mSettingsKey);
     if (status != StatusOk) return status;
     setPositionOf(*result, NUXO_KEY_KEY, positionOf(*settingsNode, NUXO_KEY_KEY));
-    const Build build = {*descriptor, asNode(mGraphSettings), *settingsNode, *result, mSettingsKey};
+    KeyCache keys;
+    const Build build = {*descriptor, asNode(mGraphSettings), *settingsNode, *result, mSettingsKey, keys};
     return unlessNoMemory<int>(StatusNoMemory, [&build] { return build.run(); });
 }
 
@@ -242,7 +244,8 @@ int GraphQueryManager::getConnectionData(const std::string& source, const std::s
     return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
         GraphConfigNode* const nodes = findNodes(*descriptor);
         if (nodes == nullptr) return StatusMissingData;
-        return ConnectionBuilder(*nodes, settingsNode, mSettingsKey, *result).connectDynamic({source, sink, {}});
+        KeyCache keys;
+        return ConnectionBuilder(*nodes, settingsNode, mSettingsKey, *result, keys).connectDynamic({source, sink, {}});
     });
 }
 
@@ -254,7 +257,8 @@ int GraphQueryManager::getStaticConnectionData(const std::string& source, const 
     return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
         GraphConfigNode* const nodes = findNodes(*descriptor);
         if (nodes == nullptr) return StatusMissingData;
-        return ConnectionBuilder(*nodes, nullptr, mSettingsKey, *result).connectStatic({source, sink, {}});
+        KeyCache keys;
+        return ConnectionBuilder(*nodes, nullptr, mSettingsKey, *result, keys).connectStatic({source, sink, {}});
     });
 }
 

@@ -4,13 +4,14 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/PortPeer.h>
 #include <nuxo/query/GraphQueryUtils.h>
-#include <nuxo/query/PortDisabling.h>
+#include <nuxo/query/GraphEditing.h>
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/TypeNames.h>
 
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 
 namespace NUXO {
 
@@ -31,11 +32,11 @@ bool needsPeer(const GraphConfigNode& port)
     return isPrivate == 0 && enabled != kDisabled;
 }
 
-void disableIfUnused(GraphConfigNode& port)
+void disableIfUnused(GraphConfigNode& port, KeyCache* keys)
 {
     if (!needsPeer(port)) return;
     IGraphConfig* peer = nullptr;
-    const int status = resolvePeer(&port, &peer);
+    const int status = resolvePeer(&port, &peer, keys);
     if (status == StatusNoMemory) throw std::bad_alloc();
     if (status != StatusOk) {
         NUXO_WARN("port %s has no peer, disabling it.", nameOf(port));
@@ -61,12 +62,12 @@ void switchOff(GraphConfigNode& node)
     if (item->setValue(kDisabled) == StatusOk) setPositionOf(node, NUXO_KEY_ENABLED, {});
 }
 
-void switchOffUnusedPorts(GraphConfigNode& root)
+void switchOffUnusedPorts(GraphConfigNode& root, KeyCache* keys)
 {
     NUXO_DEBUG("disableUnusedPorts");
-    forEachChild(root, [](const GraphConfigNode& node, uint32_t) {
-        forEachChild(node, [](GraphConfigNode& port, uint32_t) {
-            disableIfUnused(port);
+    forEachChild(root, [keys](const GraphConfigNode& node, uint32_t) {
+        forEachChild(node, [keys](GraphConfigNode& port, uint32_t) {
+            disableIfUnused(port, keys);
             return true;
         });
         return true;
@@ -74,15 +75,18 @@ void switchOffUnusedPorts(GraphConfigNode& root)
     NUXO_DEBUG("disableUnusedPorts done!");
 }
 
-GraphConfigNode* findPortPeer(const GraphConfigNode& port)
+GraphConfigNode* findPortPeer(const GraphConfigNode& port, KeyCache* keys)
 {
     const std::string* const peer = findText(port, NUXO_KEY_PEER);
     if (peer == nullptr) return nullptr;
-    const GraphConfigNode* const root = port.getRootNode();
-    const size_t colon = peer->find(':');
-    if (colon == std::string::npos) return findChild(*root, ItemUID::str2key(*peer));
-    const GraphConfigNode* const node = findChild(*root, ItemUID::str2key(peer->substr(0, colon)));
-    return node == nullptr ? nullptr : findChild(*node, ItemUID::str2key(peer->substr(colon + 1)));
+    const auto keyOf = [keys](std::string_view name) {
+        return keys != nullptr ? keys->keyOf(name) : ItemUID::str2key(std::string(name));
+    };
+    const std::string_view text = *peer;
+    const size_t colon = text.find(':');
+    GraphConfigNode* const node = findChild(*port.getRootNode(), keyOf(text.substr(0, colon)));
+    if (node == nullptr || colon == std::string_view::npos) return node;
+    return findChild(*node, keyOf(text.substr(colon + 1)));
 }
 
 GraphConfigNode* GraphQueryUtils::getPortPeer(GraphConfigNode* port)

@@ -3,7 +3,7 @@
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/query/GraphQueryUtils.h>
-#include <nuxo/query/PortDisabling.h>
+#include <nuxo/query/GraphEditing.h>
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/TypeNames.h>
 
@@ -44,7 +44,7 @@ struct MergeLevel {
 
 class TreeMerge {
 public:
-    explicit TreeMerge(signed char options) : mOptions(static_cast<unsigned char>(options)) {}
+    TreeMerge(signed char options, KeyCache* keys) : mOptions(static_cast<unsigned char>(options)), mKeys(keys) {}
 
     // The levels stand in a vector, not on the stack: trees may be of any depth.
     int run(GraphConfigNode& to, const GraphConfigNode& from)
@@ -156,25 +156,31 @@ private:
         int32_t direction = 0;
         if (!has(GraphQueryUtils::PushToPeer)) return StatusOk;
         if (!findInteger(port, NUXO_KEY_DIRECTION, direction) || direction != kOutput) return StatusOk;
-        GraphConfigNode* const peer = findPortPeer(port);
+        GraphConfigNode* const peer = findPortPeer(port, mKeys);
         if (peer == nullptr) return StatusOk;
         const bool toSink = hasText(*peer, NUXO_KEY_TYPE, kTypeSink);
         const GraphQueryUtils::MergeOption options =
             toSink ? GraphQueryUtils::CopyMissingNodes : GraphQueryUtils::Merge;
-        return TreeMerge(options).run(*peer, port);
+        return TreeMerge(options, mKeys).run(*peer, port);
     }
 
     unsigned mOptions;
+    KeyCache* mKeys;
     bool mSameTree = false;
     std::vector<MergeLevel> mLevels;
 };
 
 } // namespace
 
+int mergeTrees(GraphConfigNode& to, const GraphConfigNode& from, signed char options, KeyCache& keys)
+{
+    return TreeMerge(options, &keys).run(to, from);
+}
+
 int GraphQueryUtils::addDescendantsFromNode(GraphConfigNode* to, GraphConfigNode* from, signed char options)
 {
     if (to == nullptr || from == nullptr) return StatusBadArgument;
-    return unlessNoMemory<int>(StatusNoMemory, [=] { return TreeMerge(options).run(*to, *from); });
+    return unlessNoMemory<int>(StatusNoMemory, [=] { return TreeMerge(options, nullptr).run(*to, *from); });
 }
 
 } // namespace NUXO
