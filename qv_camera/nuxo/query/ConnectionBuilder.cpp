@@ -14,12 +14,6 @@ namespace {
 
 constexpr int32_t kInput = 0; // `direction` of an input port
 
-int addPosition(GraphConfigNode& node, uint32_t key, SourcePosition position)
-{
-    setPositionOf(node, key, position);
-    return StatusOk;
-}
-
 } // namespace
 
 ConnectionBuilder::End::End(const std::string& text, KeyCache& keys)
@@ -101,11 +95,12 @@ int ConnectionBuilder::claimVirtualSink(GraphConfigNode& sink, const GraphConfig
         NUXO_ERROR("Failed to add stream ID to sink peer");
         return status;
     }
-    return addPosition(sink, NUXO_KEY_STREAM_ID, positionOf(source, NUXO_KEY_STREAM_ID));
+    setPositionOf(sink, NUXO_KEY_STREAM_ID, positionOf(source, NUXO_KEY_STREAM_ID));
+    return StatusOk;
 }
 
 // What a virtual sink takes over from the source of a static connection; either may be missing there.
-int ConnectionBuilder::shareStaticAttributes(const GraphConfigNode& source, GraphConfigNode& sink)
+int ConnectionBuilder::shareStaticAttributes(GraphConfigNode& sink, const GraphConfigNode& source)
 {
     const int context = propagateInteger(source, sink, NUXO_KEY_EXEC_CTX_ID);
     const int content = propagateText(source, sink, NUXO_KEY_CONTENT_TYPE);
@@ -122,15 +117,29 @@ int ConnectionBuilder::addPeers(const End& source, GraphConfigNode& sourceEnd, c
     }
     TreeAccess::insertText(sourceEnd, NUXO_KEY_PEER, sourcePeer, connection.position);
 
-    const std::string* const knownSource = findText(sinkEnd, NUXO_KEY_PEER);
-    if (knownSource == nullptr) {
-        const int status = sinkEnd.addValue(NUXO_KEY_PEER, connection.source);
-        return status == StatusOk ? addPosition(sinkEnd, NUXO_KEY_PEER, connection.position) : status;
+    GraphConfigItem* const present = findItem(sinkEnd, NUXO_KEY_PEER);
+    if (present != nullptr && present->type != GraphConfigItem::STRING) return StatusDuplicate;
+    if (present != nullptr) {
+        NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s' adding new peer", ItemUID::key2str(sink.node),
+                   ItemUID::key2str(sink.port), static_cast<GraphConfigStrAttribute*>(present)->value.c_str());
     }
-    NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s' adding new peer", ItemUID::key2str(sink.node),
-               ItemUID::key2str(sink.port), knownSource->c_str());
     TreeAccess::insertText(sinkEnd, NUXO_KEY_PEER, connection.source, connection.position);
     return StatusOk;
+}
+
+// Makes a connection from a source that is in the result already.
+int ConnectionBuilder::join(const End& source, GraphConfigNode& sourceNode, const std::string& sourcePeer,
+                            const End& sink, SinkPreparation prepareVirtualSink, const Connection& connection)
+{
+    int status = StatusOk;
+    GraphConfigNode* const sinkNode = copySink(sink, status);
+    if (sinkNode == nullptr) return status;
+    GraphConfigNode* const sourceEnd = findEnd(sourceNode, source);
+    if (sourceEnd == nullptr) return StatusMissingData;
+    GraphConfigNode* const sinkEnd = findEnd(*sinkNode, sink);
+    if (sinkEnd == nullptr) return StatusMissingData;
+    if (!sink.hasPort) status = prepareVirtualSink(*sinkEnd, sourceNode);
+    return status == StatusOk ? addPeers(source, *sourceEnd, sourcePeer, sink, *sinkEnd, connection) : status;
 }
 
 int ConnectionBuilder::connectDynamic(const Connection& connection)
@@ -163,15 +172,7 @@ int ConnectionBuilder::connectDynamic(const Connection& connection)
                   ItemUID::key2str(source.port));
         return StatusOk;
     }
-    int status = StatusOk;
-    GraphConfigNode* const sinkNode = copySink(sink, status);
-    if (sinkNode == nullptr) return status;
-    GraphConfigNode* const sourceEnd = findEnd(*sourceNode, source);
-    if (sourceEnd == nullptr) return StatusMissingData;
-    GraphConfigNode* const sinkEnd = findEnd(*sinkNode, sink);
-    if (sinkEnd == nullptr) return StatusMissingData;
-    if (!sink.hasPort) status = claimVirtualSink(*sinkEnd, *sourceNode);
-    return status == StatusOk ? addPeers(source, *sourceEnd, sourcePeer, sink, *sinkEnd, connection) : status;
+    return join(source, *sourceNode, sourcePeer, sink, claimVirtualSink, connection);
 }
 
 int ConnectionBuilder::connectStatic(const Connection& connection)
@@ -180,15 +181,7 @@ int ConnectionBuilder::connectStatic(const Connection& connection)
     const End sink(connection.sink, mKeys);
     GraphConfigNode* const sourceNode = copySource(source.node);
     if (sourceNode == nullptr) return StatusMissingData;
-    int status = StatusOk;
-    GraphConfigNode* const sinkNode = copySink(sink, status);
-    if (sinkNode == nullptr) return status;
-    GraphConfigNode* const sourceEnd = findEnd(*sourceNode, source);
-    if (sourceEnd == nullptr) return StatusMissingData;
-    GraphConfigNode* const sinkEnd = findEnd(*sinkNode, sink);
-    if (sinkEnd == nullptr) return StatusMissingData;
-    if (!sink.hasPort) status = shareStaticAttributes(*sourceNode, *sinkNode);
-    return status == StatusOk ? addPeers(source, *sourceEnd, connection.sink, sink, *sinkEnd, connection) : status;
+    return join(source, *sourceNode, connection.sink, sink, shareStaticAttributes, connection);
 }
 
 } // namespace NUXO

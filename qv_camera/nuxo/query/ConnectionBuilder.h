@@ -47,12 +47,17 @@ private:
         bool hasPort = false;
     };
 
+    /// What a virtual sink takes from its source.
+    using SinkPreparation = int (*)(GraphConfigNode& sink, const GraphConfigNode& source);
+
     GraphConfigNode* findSettingsItem(const End& source) const;
     GraphConfigNode* copySource(uint32_t key);
     GraphConfigNode* copySink(const End& sink, int& status);
     static GraphConfigNode* findEnd(GraphConfigNode& node, const End& end);
     static int claimVirtualSink(GraphConfigNode& sink, const GraphConfigNode& source);
-    static int shareStaticAttributes(const GraphConfigNode& source, GraphConfigNode& sink);
+    static int shareStaticAttributes(GraphConfigNode& sink, const GraphConfigNode& source);
+    int join(const End& source, GraphConfigNode& sourceNode, const std::string& sourcePeer, const End& sink,
+             SinkPreparation prepareVirtualSink, const Connection& connection);
     int addPeers(const End& source, GraphConfigNode& sourceEnd, const std::string& sourcePeer, const End& sink,
                  GraphConfigNode& sinkEnd, const Connection& connection);
 
