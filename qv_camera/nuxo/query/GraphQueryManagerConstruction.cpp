@@ -55,6 +55,7 @@ int addGraphElement(const GraphConfigNode& descriptor, const GraphConfigNode& gr
         NUXO_ERROR("Failed to add GDF version info [%s]to graph", version.c_str());
         return StatusNoMemory;
     }
+    setPositionOf(*copied, NUXO_KEY_VERSION, positionOf(descriptor, NUXO_KEY_VERSION));
     TreeAccess::adopt(result, std::move(copied), NUXO_KEY_GRAPH, getSourcePosition(&graph));
     return StatusOk;
 }
