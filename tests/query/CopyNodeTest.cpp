@@ -30,6 +30,17 @@ TEST_F(CopyNodeTest, NodeIsCopiedDeepAndBelongsToTheResult)
     EXPECT_TRUE(loggedExactly({}));
 }
 
+TEST_F(CopyNodeTest, NodeBuiltFromABaseTakesTheFirstNameOfItsKey)
+{
+    // Two names of one key: a node's name is the first of them in name order, whichever its own text says.
+    ItemUID::addCustomKeyMap({{"alpha", 9000}, {"zeta", 9000}});
+    loadNodes("<base_node name=\"base\" base_type=\"hw\"/><node name=\"zeta\" base_node=\"base\"/>");
+    IGraphConfig* const copied = copy("zeta");
+    ASSERT_NE(copied, nullptr);
+    EXPECT_EQ(copied->getName(), "alpha");
+    EXPECT_EQ(value(asNode(copied), "name"), "'alpha'");
+}
+
 TEST_F(CopyNodeTest, NodeThatTheDescriptorLacksIsReported)
 {
     loadNodes("<hw name=\"pg\"/>");

@@ -117,6 +117,22 @@ TEST_F(MergedPositionsTest, EqualValueThatOverwritesWinsToo)
     EXPECT_TRUE(comesFrom("tpg:out", "width", Settings, "<out "));
 }
 
+TEST_F(MergedPositionsTest, OverrideBehindAnAttributeTouchesNoOtherPosition)
+{
+    // `width` is an attribute of the port, so the target's `key` comes into a new node that paths do not reach; the
+    // root's own `key` stays the setting's.
+    loadTexts(std::string("<nodes><source name=\"tpg\"><port name=\"out\" direction=\"1\" width=\"4\"/></source>"
+                          "<hw name=\"pg\"><port name=\"in\"/></hw></nodes>") +
+                  kGraphOfPair + "<apply target=\"tpg:out:width:key\" value=\"5\"/></graph></graphs>",
+              "<settings key=\"7\" id=\"1\"><tpg><out/></tpg><pg/></settings>");
+    ASSERT_EQ(build(), StatusOk);
+    const NUXO::SourcePosition found = NUXO::getSourcePosition(mGraph, NUXO_KEY_KEY);
+    const NUXO::SourcePosition wanted = NUXO::getSourcePosition(&setting(), NUXO_KEY_KEY);
+    EXPECT_TRUE(wanted.known());
+    EXPECT_EQ(found.document, wanted.document);
+    EXPECT_EQ(found.offset, wanted.offset);
+}
+
 TEST_F(MergedPositionsTest, OverrideWinsOverTheSetting)
 {
     loadTexts(std::string("<nodes><source name=\"tpg\"><port name=\"out\" direction=\"1\" format=\"a\"/></source>"

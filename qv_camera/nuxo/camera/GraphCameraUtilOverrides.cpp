@@ -29,8 +29,9 @@ int32_t findOrCreate(GraphConfigNode& result, const ItemUID& path, GraphConfigAt
 
 void rememberPosition(GraphConfigNode& result, const ItemUID& path, SourcePosition position)
 {
-    auto* const holder = static_cast<GraphConfigNode*>(result.getDescendant(path));
-    setPositionOf(holder == nullptr ? result : *holder, path.back(), position);
+    auto* holder = static_cast<GraphConfigNode*>(result.getDescendant(path));
+    if (holder == nullptr && path.size() == 1) holder = &result;
+    if (holder != nullptr) setPositionOf(*holder, path.back(), position);
 }
 
 int32_t applyOverride(const GraphConfigNode& apply, GraphConfigNode& result)

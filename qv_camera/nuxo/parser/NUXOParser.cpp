@@ -7,7 +7,6 @@
 #include <nuxo/tree/Documents.h>
 #include <nuxo/tree/TreeAccess.h>
 
-#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
@@ -151,7 +150,7 @@ std::unique_ptr<GraphConfigNode> NUXOParser::readAttributes(const char** atts, S
             if (isName && !readName(atts[1], elementKey)) return nullptr;
             readAttribute(key, atts[1]);
         }
-        return run.attributes.build(position, run.sizes.expected(elementKey));
+        return run.attributes.build(position, run.sizes.takeExpected(elementKey));
     } catch (const std::bad_alloc&) {
         NUXO_LOG(LogError, kParserTag, "Error while adding attribute");
         return nullptr;

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <utility>
 
 namespace NUXO {
 
@@ -12,11 +13,13 @@ namespace NUXO {
 /// guess wastes at most what that element really held.
 class SizeMemory {
 public:
-    uint32_t expected(uint32_t key) const
+    /// The guess for an element that opens. It is given once: elements nested in each other must not all get it.
+    uint32_t takeExpected(uint32_t key)
     {
-        const Entry& entry = mEntries[key % kEntries];
-        return entry.key == key ? entry.items : 0U;
+        Entry& entry = mEntries[key % kEntries];
+        return entry.key == key ? std::exchange(entry.items, 0U) : 0U;
     }
+    /// What an element that closes holds.
     void remember(uint32_t key, uint32_t items) { mEntries[key % kEntries] = {key, items}; }
 
 private:

@@ -14,14 +14,6 @@ namespace NUXO {
 
 namespace {
 
-// The key's name. A node read from a file carries it as text, which saves searching the vocabulary.
-std::string nameFor(const GraphConfigNode& node, uint32_t key)
-{
-    const std::string* const text = findText(node, NUXO_KEY_NAME);
-    const bool isName = text != nullptr && key != NUXO_KEY_NA && ItemUID::str2key(*text) == key;
-    return isName ? *text : std::string(ItemUID::key2str(key));
-}
-
 // Sets a text attribute without regard to options lists.
 int32_t setText(const GraphConfigNode& node, uint32_t key, const std::string& text)
 {
@@ -88,7 +80,7 @@ int32_t applyDifference(GraphConfigNode& target, const GraphConfigNode& differen
         return status;
     }
     auto* const holder = static_cast<GraphConfigNode*>(uid.size() > 1 ? target.getGraphConfigItem(uid) : &target);
-    setPositionOf(*holder, uid.back(), positionOf(difference, NUXO_KEY_VALUE));
+    if (holder != nullptr) setPositionOf(*holder, uid.back(), positionOf(difference, NUXO_KEY_VALUE));
     return StatusOk;
 }
 
@@ -121,8 +113,7 @@ NodeIdentity::NodeIdentity(const GraphConfigNode& node) : name(nameOf(node)), po
 {
 }
 
-NodeIdentity::NodeIdentity(const GraphConfigNode& node, uint32_t key, SourcePosition where)
-    : name(nameFor(node, key)), position(where)
+NodeIdentity::NodeIdentity(const char* itsName, SourcePosition where) : name(itsName), position(where)
 {
 }
 

@@ -14,8 +14,7 @@ namespace NUXO {
 struct NodeIdentity {
     /// Searches the node's siblings.
     explicit NodeIdentity(const GraphConfigNode& node);
-    /// @param key  the key under which @p node is filed
-    NodeIdentity(const GraphConfigNode& node, uint32_t key, SourcePosition where);
+    NodeIdentity(const char* itsName, SourcePosition where);
 
     std::string name;
     SourcePosition position;

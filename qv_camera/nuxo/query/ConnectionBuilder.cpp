@@ -6,8 +6,6 @@
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/TypeNames.h>
 
-#include <new>
-
 namespace NUXO {
 
 namespace {
@@ -42,7 +40,7 @@ GraphConfigNode* ConnectionBuilder::findSettingsItem(const End& source) const
 
 GraphConfigNode* ConnectionBuilder::copySource(uint32_t key)
 {
-    GraphConfigNode* const node = copyDescriptorNode(mNodes, key, mResult);
+    GraphConfigNode* const node = copyDescriptorNode(mNodes, key, mResult, mKeys);
     if (node == nullptr) {
         NUXO_ERROR("Failed to copy src node(%s) from descriptor to settings", ItemUID::key2str(key));
     }
@@ -52,7 +50,7 @@ GraphConfigNode* ConnectionBuilder::copySource(uint32_t key)
 // Copies the sink's node; one without port is the connection's end itself and becomes an input.
 GraphConfigNode* ConnectionBuilder::copySink(const End& sink, int& status)
 {
-    GraphConfigNode* const node = copyDescriptorNode(mNodes, sink.node, mResult);
+    GraphConfigNode* const node = copyDescriptorNode(mNodes, sink.node, mResult, mKeys);
     if (node == nullptr) {
         NUXO_ERROR("Failed to copy dst node(%s) from descriptor to settings", ItemUID::key2str(sink.node));
         status = StatusMissingData;

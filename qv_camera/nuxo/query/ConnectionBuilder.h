@@ -69,9 +69,10 @@ private:
 };
 
 /// See GraphQueryManager::copyNodeToResult and constructNodeFromBase.
-GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result);
+GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result,
+                                    KeyCache& keys);
 GraphConfigNode* buildFromBase(const GraphConfigNode& node, const NodeIdentity& identity, const std::string& baseName,
-                               const GraphConfigNode& descriptorNodes);
+                               const GraphConfigNode& descriptorNodes, KeyCache& keys);
 
 /// See GraphQueryManager::propagateIntAttribute and propagateStrAttribute.
 int propagateInteger(const IGraphConfig& from, IGraphConfig& to, uint32_t key);

@@ -278,7 +278,10 @@ IGraphConfig* GraphQueryManager::copyNodeToResult(IGraphConfig* descriptorNodes,
 {
     GraphConfigNode* const nodes = asNode(descriptorNodes);
     if (nodes == nullptr || result == nullptr) return nullptr;
-    return unlessNoMemory<IGraphConfig*>(nullptr, [&] { return copyDescriptorNode(*nodes, key, *result); });
+    return unlessNoMemory<IGraphConfig*>(nullptr, [&] {
+        KeyCache keys;
+        return copyDescriptorNode(*nodes, key, *result, keys);
+    });
 }
 
 IGraphConfig* GraphQueryManager::constructNodeFromBase(IGraphConfig* node, std::string& baseName,
@@ -287,8 +290,10 @@ IGraphConfig* GraphQueryManager::constructNodeFromBase(IGraphConfig* node, std::
     const GraphConfigNode* const concrete = asNode(static_cast<const IGraphConfig*>(node));
     const GraphConfigNode* const nodes = asNode(static_cast<const IGraphConfig*>(descriptorNodes));
     if (concrete == nullptr || nodes == nullptr) return nullptr;
-    return unlessNoMemory<IGraphConfig*>(
-        nullptr, [&] { return buildFromBase(*concrete, NodeIdentity(*concrete), baseName, *nodes); });
+    return unlessNoMemory<IGraphConfig*>(nullptr, [&] {
+        KeyCache keys;
+        return buildFromBase(*concrete, NodeIdentity(*concrete), baseName, *nodes, keys);
+    });
 }
 
 int GraphQueryManager::propagateIntAttribute(IGraphConfig* from, IGraphConfig* to, unsigned int key)

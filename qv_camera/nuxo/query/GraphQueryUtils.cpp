@@ -22,7 +22,8 @@ constexpr int32_t kDisabled = 0;
 // Whether the port takes part: pixel ports that are neither private nor disabled already.
 bool needsPeer(const GraphConfigNode& port)
 {
-    if (!hasText(port, NUXO_KEY_TYPE, kTypePort)) return false;
+    const std::string* const type = findText(port, NUXO_KEY_TYPE);
+    if (type == nullptr || *type != kTypePort) return false;
     const std::string* const contentType = findText(port, NUXO_KEY_CONTENT_TYPE);
     if (contentType != nullptr && *contentType != kPixelData) return false;
     int32_t isPrivate = 0;

@@ -158,7 +158,8 @@ private:
         if (!findInteger(port, NUXO_KEY_DIRECTION, direction) || direction != kOutput) return StatusOk;
         GraphConfigNode* const peer = findPortPeer(port, mKeys);
         if (peer == nullptr) return StatusOk;
-        const bool toSink = hasText(*peer, NUXO_KEY_TYPE, kTypeSink);
+        const std::string* const type = findText(*peer, NUXO_KEY_TYPE);
+        const bool toSink = type != nullptr && *type == kTypeSink;
         const GraphQueryUtils::MergeOption options =
             toSink ? GraphQueryUtils::CopyMissingNodes : GraphQueryUtils::Merge;
         return TreeMerge(options, mKeys).run(*peer, port);

@@ -3,7 +3,6 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/query/ConnectionBuilder.h>
 #include <nuxo/tree/TreeAccess.h>
-#include <nuxo/tree/TypeNames.h>
 
 #include <memory>
 #include <utility>
@@ -14,12 +13,13 @@ namespace NUXO {
 
 namespace {
 
-const GraphConfigNode* findBase(const GraphConfigNode& descriptorNodes, const std::string& baseName)
+const GraphConfigNode* findBase(const GraphConfigNode& descriptorNodes, const std::string& baseName, KeyCache& keys)
 {
+    const char* const baseType = keys.nameOf(NUXO_KEY_BASE_NODE);
     const GraphConfigNode* found = nullptr;
     forEachChild(descriptorNodes, [&](const GraphConfigNode& child, uint32_t) {
         const std::string* const name = findText(child, NUXO_KEY_NAME);
-        const bool isBase = hasText(child, NUXO_KEY_TYPE, kTypeBaseNode);
+        const bool isBase = hasText(child, NUXO_KEY_TYPE, baseType);
         if (isBase && name != nullptr && *name == baseName) found = &child;
         return found == nullptr;
     });
@@ -36,9 +36,20 @@ int insertPropagated(const IGraphConfig& from, IGraphConfig& to, uint32_t key,
     return StatusOk;
 }
 
+// Sets an attribute that the receiver has, as far as its options allow; it takes over where the value came from.
+template <typename Value>
+int overwriteByKey(const IGraphConfig& from, IGraphConfig& to, uint32_t key, const Value& value)
+{
+    const int32_t status = to.setValue(key, value);
+    GraphConfigNode* const node = asNode(&to);
+    if (status == StatusOk && node != nullptr) setPositionOf(*node, key, getSourcePosition(&from, key));
+    return status;
+}
+
 } // namespace
 
-GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result)
+GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t key, GraphConfigNode& result,
+                                    KeyCache& keys)
 {
     const ItemMap& nodes = TreeAccess::items(descriptorNodes);
     const ItemMap::const_iterator entry = nodes.find(key);
@@ -54,7 +65,7 @@ GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t k
     std::unique_ptr<GraphConfigNode> fresh;
     const std::string* const baseName = findText(*node, NUXO_KEY_BASE_NODE);
     if (baseName != nullptr) {
-        fresh.reset(buildFromBase(*node, NodeIdentity(*node, key, position), *baseName, descriptorNodes));
+        fresh.reset(buildFromBase(*node, NodeIdentity(keys.nameOf(key), position), *baseName, descriptorNodes, keys));
         if (fresh == nullptr) {
             NUXO_ERROR("Node(%s) could not be built from base node %s", ItemUID::key2str(key), baseName->c_str());
             return nullptr;
@@ -68,10 +79,10 @@ GraphConfigNode* copyDescriptorNode(GraphConfigNode& descriptorNodes, uint32_t k
 }
 
 GraphConfigNode* buildFromBase(const GraphConfigNode& node, const NodeIdentity& identity, const std::string& baseName,
-                               const GraphConfigNode& descriptorNodes)
+                               const GraphConfigNode& descriptorNodes, KeyCache& keys)
 {
     const char* const name = identity.name.c_str();
-    const GraphConfigNode* const base = findBase(descriptorNodes, baseName);
+    const GraphConfigNode* const base = findBase(descriptorNodes, baseName, keys);
     if (base == nullptr) {
         NUXO_ERROR("Failed to find base node %s for node %s", baseName.c_str(), name);
         return nullptr;
@@ -95,7 +106,7 @@ int propagateInteger(const IGraphConfig& from, IGraphConfig& to, uint32_t key)
     const bool present = to.getValue(key, value) == StatusOk;
     const int32_t status = from.getValue(key, value);
     if (status != StatusOk) return status;
-    if (present) return to.setValue(key, value);
+    if (present) return overwriteByKey(from, to, key, value);
     return insertPropagated(from, to, key, std::make_unique<GraphConfigIntAttribute>(value));
 }
 
@@ -106,7 +117,7 @@ int propagateText(const IGraphConfig& from, IGraphConfig& to, uint32_t key)
     if (presence == StatusNoMemory) return presence;
     const int32_t status = from.getValue(key, value);
     if (status != StatusOk) return status;
-    if (presence == StatusOk) return to.setValue(key, value);
+    if (presence == StatusOk) return overwriteByKey(from, to, key, value);
     return insertPropagated(from, to, key, std::make_unique<GraphConfigStrAttribute>(value));
 }
 

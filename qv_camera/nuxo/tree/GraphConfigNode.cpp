@@ -17,6 +17,21 @@ GraphConfigNode::GraphConfigNode(ItemEntry* storage, uint32_t capacity) noexcept
 {
 }
 
+void* GraphConfigNode::operator new(size_t size)
+{
+    return ::operator new(size);
+}
+
+void* GraphConfigNode::operator new(size_t size, const std::nothrow_t& tag) noexcept
+{
+    return ::operator new(size, tag);
+}
+
+void GraphConfigNode::operator delete(void* memory)
+{
+    ::operator delete(memory);
+}
+
 // Walks down to the last item and back up through the parents, so that any depth needs no stack and no memory.
 GraphConfigNode::~GraphConfigNode()
 {

@@ -6,7 +6,9 @@
 #include <nuxo/tree/IGraphConfig.h>
 #include <nuxo/tree/ItemMap.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string>
 
 namespace NUXO {
@@ -115,6 +117,11 @@ public:
     void dumpNode();
     /// Logs all items below @p node as errors, indented by @p depth levels.
     static void dumpNodeTree(const GraphConfigNode* node, int depth);
+
+    // A node's memory may be larger than the node, see ElementBuilder: it must not be freed by the node's size.
+    static void* operator new(size_t size);
+    static void* operator new(size_t size, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* memory);
 
 private:
     friend class TreeAccess;

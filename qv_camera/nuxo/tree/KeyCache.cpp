@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/tree/KeyCache.h>
-#include <nuxo/tree/NuxoKeys.h>
+#include <nuxo/tree/ItemUID.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace NUXO {
@@ -9,6 +10,7 @@ namespace NUXO {
 namespace {
 
 constexpr size_t kFirstEntries = 256;
+constexpr uint32_t kFewLookups = 16; // of names: as many searches cost less than an index
 
 // FNV-1a, 32 bits (Fowler, Noll, Vo): the offset basis and prime of the published function.
 constexpr uint32_t kHashStart = 2166136261U;
@@ -27,6 +29,29 @@ void KeyCache::clear()
 {
     mEntries.clear();
     mUsed = 0;
+    mNames.clear();
+    mIndexedSize = 0;
+    mNameLookups = 0;
+}
+
+// Names of one key stay in name order.
+void KeyCache::indexNames()
+{
+    mNames.clear();
+    mNames.reserve(nuxo_key_map.size());
+    for (const auto& entry : nuxo_key_map) mNames.push_back({entry.second, entry.first.c_str()});
+    std::stable_sort(mNames.begin(), mNames.end(),
+                     [](const Name& left, const Name& right) { return left.key < right.key; });
+    mIndexedSize = nuxo_key_map.size();
+}
+
+const char* KeyCache::nameOf(uint32_t key)
+{
+    if (++mNameLookups <= kFewLookups) return ItemUID::key2str(key);
+    if (mIndexedSize != nuxo_key_map.size()) indexNames();
+    const auto place = std::lower_bound(mNames.begin(), mNames.end(), key,
+                                        [](const Name& name, uint32_t wanted) { return name.key < wanted; });
+    return place != mNames.end() && place->key == key ? place->name : ItemUID::key2str(key);
 }
 
 // The entry of the name, or the free place where it belongs.

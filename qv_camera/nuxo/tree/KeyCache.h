@@ -27,6 +27,9 @@ public:
     /// The key of @p name, 0 when the vocabulary lacks it. May throw std::bad_alloc.
     uint32_t keyOf(std::string_view name);
 
+    /// What ItemUID::key2str gives. May throw std::bad_alloc.
+    const char* nameOf(uint32_t key);
+
     /// Forgets everything.
     void clear();
 
@@ -36,6 +39,16 @@ private:
 
     std::vector<Entry> mEntries; // a power of two, at most half full
     size_t mUsed = 0;
+
+    struct Name {
+        uint32_t key;
+        const char* name;
+    };
+    void indexNames();
+
+    std::vector<Name> mNames; // of all keys in key order, the first name of each in front
+    size_t mIndexedSize = 0;  // size of the vocabulary when they were collected
+    uint32_t mNameLookups = 0;
 };
 
 } // namespace NUXO

@@ -8,7 +8,6 @@
 namespace NUXO {
 
 constexpr std::string_view kTypeApply = "apply";
-constexpr std::string_view kTypeBaseNode = "base_node";
 constexpr std::string_view kTypePort = "port";
 constexpr std::string_view kTypeSink = "sink";
 
