@@ -9,7 +9,7 @@
 
 namespace NUXO {
 
-enum LogClass : uint32_t { LogInformation = 1, LogDebug = 2, LogError = 16, LogWarning = 32 };
+enum LogClass : uint32_t { LogInformation = 1, LogDebug = 2, LogEntry = 8, LogError = 16, LogWarning = 32 };
 
 constexpr const char* kGraphTag = "NUXO[XOS]";
 

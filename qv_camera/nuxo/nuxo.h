@@ -16,6 +16,8 @@
 #include <nuxo/parser/SourceLocator.h>
 #include <nuxo/query/GraphQueryManager.h>
 #include <nuxo/query/GraphQueryUtils.h>
+#include <nuxo/formats/NUXOFormats.h>
+#include <nuxo/formats/dec400util.h>
 #include <nuxo/camera/GraphCameraUtil.h>
 
 #endif

@@ -11,6 +11,11 @@ import tools
 
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror"]
 C_FOLDERS = ("qv_cipr/", "qv_tools/")
+C_PREFIXES = ("qv_", "nci_")  # of headers that other folders share with C
+
+
+def is_c(header):
+    return header.startswith(C_FOLDERS) or os.path.basename(header).startswith(C_PREFIXES)
 
 
 def compile_alone(compiler, header, include_dir, source):
@@ -35,7 +40,7 @@ def check(arguments):
         for header in headers:
             source = os.path.join(folder, "alone.cpp")
             complaints += compile_alone([cxx_compiler, "-std=c++17"], header, include_dir, source)
-            if header.startswith(C_FOLDERS):
+            if is_c(header):
                 source = os.path.join(folder, "alone.c")
                 complaints += compile_alone([c_compiler, "-std=c99"], header, include_dir, source)
     return complaints
