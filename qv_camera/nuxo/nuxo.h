@@ -19,5 +19,7 @@
 #include <nuxo/formats/NUXOFormats.h>
 #include <nuxo/formats/dec400util.h>
 #include <nuxo/camera/GraphCameraUtil.h>
+#include <nuxo/frame_params/GraphLumUtil.h>
+#include <nuxo/simulation/ZmtTevSimUtils.h>
 
 #endif

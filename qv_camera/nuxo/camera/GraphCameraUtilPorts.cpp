@@ -3,9 +3,10 @@
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
-#include <nuxo/camera/PortPeer.h>
-#include <nuxo/tree/PathReader.h>
+#include <nuxo/camera/PortReading.h>
+#include <nuxo/tree/NodeReading.h>
 #include <nuxo/tree/TreeAccess.h>
+#include <nuxo/tree/TypeNames.h>
 
 #include <algorithm>
 #include <array>
@@ -17,12 +18,6 @@ namespace {
 
 constexpr const char* kNoName = "NA";
 
-std::string attributeOr(const IGraphConfig* node, uint32_t key, const char* fallback)
-{
-    std::string text;
-    return node != nullptr && node->getValue(key, text) == StatusOk ? text : fallback;
-}
-
 // Kinds whose own name says little without that of the node they belong to.
 bool showsFullName(const std::string& type)
 {
@@ -32,17 +27,23 @@ bool showsFullName(const std::string& type)
 
 } // namespace
 
+int getPgAndPortNames(const IGraphConfig& port, std::string& pgName, std::string& portName)
+{
+    return unlessNoMemory<int>(StatusMissingData, [&] {
+        const IGraphConfig* const pg = port.getAncestor();
+        const bool hasPgName = pg == nullptr || fetch(*pg, NUXO_KEY_NAME, pgName);
+        const bool hasPortName = fetch(port, NUXO_KEY_NAME, portName);
+        return hasPgName && hasPortName ? StatusOk : StatusMissingData;
+    });
+}
+
 int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys)
 {
     if (port == nullptr || peer == nullptr) {
         NUXO_ERROR("Invalid Node, cannot get the peer port");
         return StatusBadArgument;
     }
-    int enabled = 1;
-    int isPrivate = 0;
-    static_cast<void>(port->getValue(NUXO_KEY_ENABLED, enabled));   // absent: enabled
-    static_cast<void>(port->getValue(NUXO_KEY_PRIVATE, isPrivate)); // absent: not private
-    if (enabled == 0 || isPrivate != 0) return StatusNotFound;
+    if (integerOr(port, NUXO_KEY_ENABLED, 1) == 0 || integerOr(port, NUXO_KEY_PRIVATE, 0) != 0) return StatusNotFound;
 
     const IGraphConfig* const root = port->getRoot();
     if (root == nullptr) {
@@ -50,14 +51,11 @@ int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys)
         return StatusMissingObject;
     }
     std::string name;
-    const int32_t status = port->getValue(NUXO_KEY_PEER, name);
-    if (status == StatusNoMemory) return status;
-    if (status != StatusOk) {
+    if (!fetch(*port, NUXO_KEY_PEER, name)) {
         NUXO_DEBUG("Couldn't find peer value for %s", GraphCameraUtil::print(port).c_str());
         return StatusBadArgument;
     }
-    const GraphConfigNode* const rootNode = asNode(root);
-    *peer = rootNode != nullptr ? followPath(*rootNode, name, keys) : root->getDescendant(ItemUID(name));
+    *peer = descendantAt(*root, name, keys);
     if (*peer == nullptr) {
         NUXO_ERROR("Failed to find peer by name %s", name.c_str());
         return StatusBadArgument;
@@ -65,15 +63,36 @@ int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys)
     return StatusOk;
 }
 
+IGraphConfig* peerOf(const IGraphConfig* port)
+{
+    IGraphConfig* peer = nullptr;
+    return resolvePeer(port, &peer) == StatusOk ? peer : nullptr;
+}
+
 int GraphCameraUtil::portGetPeer(const IGraphConfig* port, IGraphConfig** peer)
 {
     return unlessNoMemory<int>(StatusNoMemory, [&] { return resolvePeer(port, peer); });
 }
 
+IGraphConfig* GraphCameraUtil::nodeGetPortById(const IGraphConfig* node, int id)
+{
+    if (node == nullptr) {
+        NUXO_ERROR("Couldn't get port. Node is NULL");
+        return nullptr;
+    }
+    IGraphConfig* found = nullptr;
+    forEachOfType(node, kTypePort, [id, &found](IGraphConfig& port) {
+        int portId = 0;
+        if (fetch(port, NUXO_KEY_ID, portId) && portId == id) found = &port;
+        return found == nullptr;
+    });
+    return found;
+}
+
 std::string GraphCameraUtil::print(const IGraphConfig* node)
 {
     return unlessNoMemory<std::string>({}, [node] {
-        const std::string type = attributeOr(node, NUXO_KEY_TYPE, "NODE");
+        const std::string type = textOr(node, NUXO_KEY_TYPE, "NODE");
         std::string name = kNoName;
         if (node != nullptr) name = showsFullName(type) ? getFullName(*node) : node->getName();
         return type + "[" + name + "]";
@@ -83,8 +102,7 @@ std::string GraphCameraUtil::print(const IGraphConfig* node)
 std::string GraphCameraUtil::getFullName(const IGraphConfig& node)
 {
     return unlessNoMemory<std::string>({}, [&node] {
-        return attributeOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" +
-               attributeOr(&node, NUXO_KEY_NAME, kNoName);
+        return textOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" + textOr(&node, NUXO_KEY_NAME, kNoName);
     });
 }
 
@@ -95,7 +113,31 @@ std::string describeNode(const IGraphConfig* node)
 
 std::string GraphCameraUtil::portGetContentType(const IGraphConfig* port)
 {
-    return unlessNoMemory<std::string>({}, [port] { return attributeOr(port, NUXO_KEY_CONTENT_TYPE, kPixelData); });
+    return unlessNoMemory<std::string>({}, [port] { return textOr(port, NUXO_KEY_CONTENT_TYPE, kPixelData); });
+}
+
+int GraphCameraUtil::portGetDirection(const IGraphConfig* port)
+{
+    int direction = 0;
+    if (port == nullptr || !fetch(*port, NUXO_KEY_DIRECTION, direction)) {
+        NUXO_ERROR("Failed to retrieve port direction, default to input");
+        return 0;
+    }
+    return direction;
+}
+
+bool GraphCameraUtil::portIsVirtual(const IGraphConfig* port)
+{
+    return unlessNoMemory<bool>(false, [port] {
+        std::string type;
+        if (port == nullptr) return false;
+        if (!fetch(*port, NUXO_KEY_TYPE, type)) {
+            // Readers of the log know it with these words, direction's default included.
+            NUXO_ERROR("Failed to retrieve port(%s) type, default to input", print(port).c_str());
+            return false;
+        }
+        return type == kTypeSink;
+    });
 }
 
 } // namespace NUXO

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Internal: questions about ports that graph construction asks too.
-#ifndef NUXO_CAMERA_PORT_PEER_H
-#define NUXO_CAMERA_PORT_PEER_H
+// Internal: questions about ports that graph construction and other questions ask too.
+#ifndef NUXO_CAMERA_PORT_READING_H
+#define NUXO_CAMERA_PORT_READING_H
 
 #include <nuxo/tree/GraphConfigNode.h>
 #include <nuxo/tree/KeyCache.h>
+
+#include <string>
 
 namespace NUXO {
 
@@ -14,6 +16,32 @@ constexpr const char* kPixelData = "pixel_data";
 ///
 /// @param keys  where to look names up, null for the vocabulary itself
 int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys = nullptr);
+
+/// The peer, null when there is none.
+IGraphConfig* peerOf(const IGraphConfig* port);
+
+/// What GraphCameraUtil::portGetFourCCInfo does, but lets std::bad_alloc out.
+int readTerminal(const IGraphConfig* port, unsigned int& stageId, unsigned int& terminalId);
+
+/// What GraphCameraUtil::isEdgePort does, but lets std::bad_alloc out.
+bool isEdge(const IGraphConfig* port);
+
+/// Reads attributes of a port or, where it lacks them, of its peer.
+class PortOrPeer {
+public:
+    /// @param port  not owned
+    explicit PortOrPeer(const IGraphConfig& port) : mPort(port) {}
+
+    /// Whether either has an attribute of this kind, which is then in the output. Says when it was the peer's.
+    bool fetch(uint32_t key, int& value);
+    bool fetch(uint32_t key, std::string& text);
+
+private:
+    template <typename Read> bool readEither(Read read);
+
+    const IGraphConfig& mPort;
+    const IGraphConfig* mPeer = nullptr; // once it was needed and found
+};
 
 } // namespace NUXO
 

@@ -2,7 +2,7 @@
 #include <nuxo/Log.h>
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
-#include <nuxo/camera/PortPeer.h>
+#include <nuxo/camera/PortReading.h>
 #include <nuxo/query/GraphQueryUtils.h>
 #include <nuxo/query/GraphEditing.h>
 #include <nuxo/tree/TreeAccess.h>

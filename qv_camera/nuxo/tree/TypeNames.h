@@ -3,13 +3,19 @@
 #ifndef NUXO_TREE_TYPE_NAMES_H
 #define NUXO_TREE_TYPE_NAMES_H
 
-#include <string_view>
-
 namespace NUXO {
 
-constexpr std::string_view kTypeApply = "apply";
-constexpr std::string_view kTypePort = "port";
-constexpr std::string_view kTypeSink = "sink";
+constexpr const char* kTypeApply = "apply";
+constexpr const char* kTypeComputeBlock = "compute_block";
+constexpr const char* kTypeDemux = "demux";
+constexpr const char* kTypeGraph = "graph";
+constexpr const char* kTypeHw = "hw";
+constexpr const char* kTypeKernel = "kernel";
+constexpr const char* kTypeMux = "mux";
+constexpr const char* kTypePort = "port";
+constexpr const char* kTypeProgramGroup = "program_group";
+constexpr const char* kTypeSink = "sink";
+constexpr const char* kTypeSource = "source";
 
 } // namespace NUXO
 

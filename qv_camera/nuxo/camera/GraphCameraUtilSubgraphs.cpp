@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nuxo/Log.h>
+#include <nuxo/NoMemory.h>
+#include <nuxo/NuxoStatus.h>
+#include <nuxo/camera/GraphCameraUtil.h>
+#include <nuxo/camera/PortReading.h>
+#include <nuxo/tree/NodeReading.h>
+#include <nuxo/tree/TypeNames.h>
+
+#include <string>
+
+namespace NUXO {
+
+namespace {
+
+constexpr int kInput = 0;
+constexpr int kOutput = 1;
+
+using Ports = std::vector<IGraphConfig*>;
+
+// The nodes of one type whose integer attribute has one value.
+struct Subgraph {
+    uint32_t key;
+    int value;
+    uint32_t nodeType;
+};
+
+template <typename Visit> void forEachPort(const IGraphConfig& node, int direction, Visit visit)
+{
+    forEachOfType(&node, kTypePort, [direction, &visit](IGraphConfig& port) {
+        if (GraphCameraUtil::portGetDirection(&port) == direction) visit(port);
+        return true;
+    });
+}
+
+bool leavesSubgraph(const IGraphConfig& port, int direction, const Subgraph& subgraph)
+{
+    constexpr const char* function = "getSubgraphPorts";
+    const IGraphConfig* const peer = peerOf(&port);
+    if (peer == nullptr) {
+        NUXO_DEBUG("%s: no peer found for port %s", function, nameOrFiledName(port).c_str());
+        return true;
+    }
+    NUXO_DEBUG("%s: peer for %s is %s", function, nameOrFiledName(port).c_str(), nameOrFiledName(*peer).c_str());
+    if (direction == kOutput && peer->isType(NUXO_KEY_SINK)) return true;
+    const IGraphConfig* const peerNode = peer->getAncestor();
+    if (peerNode == nullptr || !peerNode->isType(subgraph.nodeType)) return true;
+    int peerValue = 0;
+    if (!fetch(*peerNode, subgraph.key, peerValue)) {
+        NUXO_DEBUG("%s: no %s for peer %s", function, ItemUID::key2str(subgraph.key),
+                   GraphCameraUtil::print(peer).c_str());
+        return false;
+    }
+    return peerValue != subgraph.value;
+}
+
+int collectPorts(const Subgraph& subgraph, int direction, const IGraphConfig& graph, Ports& ports)
+{
+    ports.clear();
+    forEachOfType(&graph, ItemUID::key2str(subgraph.nodeType), [&](const IGraphConfig& node) {
+        int value = 0;
+        if (!fetch(node, subgraph.key, value) || value != subgraph.value) return true;
+        forEachPort(node, direction, [&](IGraphConfig& port) {
+            if (leavesSubgraph(port, direction, subgraph)) ports.push_back(&port);
+        });
+        return true;
+    });
+    return ports.empty() ? StatusBadArgument : StatusOk;
+}
+
+// For a subgraph that has no outputs of its own: what leads from a source's port to somewhere else.
+void addSourcePort(IGraphConfig& port, const Subgraph& subgraph, Ports& ports)
+{
+    const IGraphConfig* const peer = peerOf(&port);
+    if (peer == nullptr) {
+        NUXO_DEBUG("Source port %s has no peer found. Added to list of subgraph output ports",
+                   nameOrFiledName(port).c_str());
+        ports.push_back(&port);
+        return;
+    }
+    const IGraphConfig* const peerNode = peer->getAncestor();
+    if (peerNode == nullptr) return;
+    if (!peerNode->isType(subgraph.nodeType)) {
+        forEachPort(*peerNode, kOutput, [&ports](IGraphConfig& output) { ports.push_back(&output); });
+        return;
+    }
+    int peerValue = 0;
+    if (!fetch(*peerNode, subgraph.key, peerValue)) {
+        NUXO_WARN("PG %s does not have stream id or exec ctx- FIX it!", nameOrFiledName(*peerNode).c_str());
+    } else if (peerValue != subgraph.value) {
+        NUXO_DEBUG("Source port %s crosses Subgraph boundary (%d)->(%d)", nameOrFiledName(port).c_str(), subgraph.value,
+                   peerValue);
+        ports.push_back(&port);
+    }
+}
+
+} // namespace
+
+int GraphCameraUtil::getSubgraphPorts(unsigned int key, int value, int direction, const IGraphConfig& graph,
+                                      std::vector<IGraphConfig*>& ports, unsigned int nodeType)
+{
+    return unlessNoMemory<int>(StatusNoMemory, [&] {
+        return collectPorts({key, value, nodeType}, direction, graph, ports);
+    });
+}
+
+int GraphCameraUtil::getInputPorts(unsigned int key, int value, const IGraphConfig& graph,
+                                   std::vector<IGraphConfig*>& ports, unsigned int nodeType)
+{
+    return getSubgraphPorts(key, value, kInput, graph, ports, nodeType);
+}
+
+int GraphCameraUtil::getOutputPorts(unsigned int key, int value, const IGraphConfig& graph,
+                                    std::vector<IGraphConfig*>& ports, unsigned int nodeType)
+{
+    return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
+        const Subgraph subgraph = {key, value, nodeType};
+        if (collectPorts(subgraph, kOutput, graph, ports) == StatusOk) return StatusOk;
+        forEachOfType(&graph, kTypeSource, [&](const IGraphConfig& source) {
+            forEachOfType(&source, kTypePort, [&](IGraphConfig& port) {
+                addSourcePort(port, subgraph, ports);
+                return true;
+            });
+            return true;
+        });
+        return ports.empty() ? StatusBadArgument : StatusOk;
+    });
+}
+
+int GraphCameraUtil::getInputPort(unsigned int key, int value, const IGraphConfig* graph, IGraphConfig** port,
+                                  unsigned int nodeType)
+{
+    if (graph == nullptr || port == nullptr) {
+        NUXO_ERROR("NULL pointer given");
+        return StatusBadArgument;
+    }
+    return unlessNoMemory<int>(StatusNoMemory, [&] {
+        Ports ports;
+        int status = collectPorts({key, value, nodeType}, kInput, *graph, ports);
+        for (IGraphConfig* const candidate : ports) {
+            IGraphConfig* peer = nullptr;
+            status = resolvePeer(candidate, &peer);
+            if (status != StatusOk) continue;
+            *port = candidate;
+            return status;
+        }
+        return status;
+    });
+}
+
+} // namespace NUXO
