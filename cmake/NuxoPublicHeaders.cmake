@@ -12,7 +12,11 @@ set(NUXO_PUBLIC_FOLDERS
     qv_camera/nuxo/tree
     qv_camera/nuxo/parser
     qv_camera/nuxo/query
-    qv_camera/nuxo/camera)
+    qv_camera/nuxo/camera
+    qv_camera/nuxo/formats
+    qv_camera/nuxo/records
+    qv_camera/nuxo/frame_params
+    qv_camera/nuxo/simulation)
 
 function(nuxo_public_headers variable)
     set(public "")

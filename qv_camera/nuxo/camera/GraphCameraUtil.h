@@ -21,7 +21,8 @@ namespace NUXO {
 QV_EXPORT int getPgAndPortNames(const IGraphConfig& port, std::string& pgName, std::string& portName);
 
 /// Questions about a built graph. All functions are stateless and own nothing; all but applyFormat and
-/// processGraphOverrides leave the graph as it is. They may run in several threads on a graph that nobody changes.
+/// processGraphOverrides leave the graph as it is. They may run in several threads on a graph that nobody changes; call
+/// NUXOFormats::initNUXOFormats before, since portGetFormat fills the working table of formats if that is empty.
 ///
 /// A port belongs to its ancestor: a program group, a source, a hardware block. A virtual sink (`type` "sink") is port and
 /// node in one. What a port does not say of itself is often taken from its peer, the port at the other end of its
@@ -93,6 +94,7 @@ public:
 
     /// Whether the port's connection leaves the execution context (of older graphs: the stream): for outputs when the peer
     /// is in another context or a virtual sink, for inputs when it is in another context, a hardware block or a source.
+    /// False for disabled, private and unconnected ports and for those of nodes without context.
     static bool isEdgePort(const IGraphConfig* port);
 
     // Formats and sizes of ports.
@@ -108,11 +110,12 @@ public:
     /// A format name that the table lacks is looked up by its first four characters as a code, and taken for NV12 when that
     /// fails too. Of a disabled port only @p enabled and @p terminalId are written.
     ///
-    /// @param width   receives pixels; untouched when absent
+    /// @param width   receives pixels; untouched when absent, so initialise it: the stride is then that of what it held
     /// @param height  receives lines; untouched when absent
-    /// @param fourcc  receives the format's code
-    /// @param bpl     receives bytes per line: `bpl` of the graph or else the stride of the format at @p width
-    /// @param bpp     receives bits per pixel
+    /// @param fourcc  receives the format's code; untouched when the format is absent
+    /// @param bpl     receives bytes per line: `bpl` of the graph or else the stride of the format at @p width; untouched
+    ///                when both are absent
+    /// @param bpp     receives bits per pixel; untouched when the format is absent
     /// @return        StatusOk, of a private port also with values missing; the status of portGetInfo; StatusMissingData
     ///                when a value is missing or negative; StatusNoMemory
     static int portGetFormat(const IGraphConfig* port, unsigned int& enabled, unsigned int& terminalId,
@@ -121,8 +124,8 @@ public:
 
     /// Sets the `format` of the port's peer, as far as its options list allows.
     ///
-    /// @return StatusOk, also when the list has no such option; StatusBadState without a peer; the status of a failed
-    ///         option; StatusNoMemory
+    /// @return StatusOk, also when there is no `format`, no list or no such option; StatusBadState without a peer;
+    ///         StatusBadArgument when the peer's `format` is no text; the status of a failed option; StatusNoMemory
     static int applyFormat(const IGraphConfig* port, const std::string& format);
 
     /// Size and crop of a port in pixels. Null outputs are skipped; those before a failure stay written.
@@ -156,25 +159,28 @@ public:
     // Execution contexts and subgraphs. A subgraph is the nodes of one type (mostly program groups) below `graph` whose
     // integer attribute `key` (mostly exec_ctx_id or stream_id) is `value`. Nodes come in the order of the graph.
 
-    /// Adds the `exec_ctx_id` of every program group. The status is that of the last read, StatusOk without any.
+    /// Adds the `exec_ctx_id` of every program group. The status is that of the last read, StatusOk without any, or
+    /// StatusNoMemory.
     static int getExecCtxIds(const IGraphConfig& graph, std::set<int>& ids);
 
     /// Adds the `tuning_mode` of every execution context, -1 without one; the first program group of a context decides. The
-    /// status is that of the last read, StatusOk without any.
+    /// status is that of the last read, StatusOk without any, or StatusNoMemory.
     static int getExecCtxIdsTuningMap(const IGraphConfig& graph, std::map<int, int>& tuning);
 
     /// The connections that cross execution contexts. All three results are appended to.
     ///
-    /// @param connections  receives pairs of full names, the source first
-    /// @param inputPeers   receives the full names of ports of sources and hardware blocks that deliver pixels
-    /// @param outputPeers  receives the names of sinks that take pixels
+    /// @param connections  receives pairs, the source first: the full name of the program group's port and the other end
+    ///                     as the port's `peer` spells it
+    /// @param inputPeers   receives the ports of sources and hardware blocks that deliver pixels, as `peer` spells them
+    /// @param outputPeers  receives the sinks that take pixels, as `peer` spells them
     /// @return             StatusOk; StatusBadArgument for null or when @p connections is empty; StatusBadState, in the
-    ///                     middle of the walk, when a peer belongs to no node; StatusNoMemory
+    ///                     middle of the walk, when the peer of an input belongs to no node; StatusNoMemory
     static int getExecCtxConnectionPorts(const IGraphConfig* graph,
                                          std::vector<std::pair<std::string, std::string>>& connections,
                                          std::vector<std::string>& inputPeers, std::vector<std::string>& outputPeers);
 
-    /// The ports of a subgraph through which it is connected to others or to nothing.
+    /// The ports of a subgraph through which it is connected to others or to nothing: also those that are disabled or
+    /// private, but not those whose peer's node lacks the attribute.
     ///
     /// @param direction  0 for inputs, 1 for outputs
     /// @param ports      cleared, then filled
@@ -186,8 +192,10 @@ public:
     static int getInputPorts(unsigned int key, int value, const IGraphConfig& graph, std::vector<IGraphConfig*>& ports,
                              unsigned int nodeType);
 
-    /// getSubgraphPorts for outputs; when there is none, the ports of sources (or outputs of what they feed) that lead
-    /// into other subgraphs or to nothing.
+    /// getSubgraphPorts for outputs. When there is none: the ports of sources that lead into other subgraphs or to nothing,
+    /// and all outputs of nodes of other types that sources feed.
+    ///
+    /// @return StatusOk; StatusBadArgument when there is none; StatusNoMemory
     static int getOutputPorts(unsigned int key, int value, const IGraphConfig& graph, std::vector<IGraphConfig*>& ports,
                               unsigned int nodeType);
 
@@ -230,8 +238,9 @@ public:
 
     /// Applies the overrides (`apply`) of the descriptor's graph element to the built graph.
     ///
-    /// @return StatusOk, also without overrides; the read status of a missing `target` or `value`; the status of a failed
-    ///         set. Throws std::invalid_argument or std::out_of_range when an integer is given a text that is none.
+    /// @return StatusOk, also without overrides and for an attribute that cannot be created; the read status of a missing
+    ///         `target` or `value`; the status of a failed set; StatusNoMemory. Throws std::invalid_argument or
+    ///         std::out_of_range when an integer is given a text that is none.
     static int processGraphOverrides(GraphConfigNode& descriptorGraph, GraphConfigNode& result);
 
     /// A decimal or ("0x") hexadecimal number as bytes, the least significant first. What follows the digits is ignored.

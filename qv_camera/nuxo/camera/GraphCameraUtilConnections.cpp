@@ -13,10 +13,6 @@ namespace NUXO {
 
 namespace {
 
-constexpr int kNoContext = -1;
-constexpr int kInput = 0;
-constexpr int kOutput = 1;
-
 // A port on one side of a connection.
 struct Crossing {
     int context;          // of the port's program group

@@ -13,26 +13,24 @@ namespace NUXO {
 
 namespace {
 
-constexpr int kNone = -1;
-
 // Of the node that the port belongs to; a virtual sink is that node itself.
 int keyOfNode(const IGraphConfig* port, uint32_t key)
 {
     if (port == nullptr) {
         NUXO_ERROR("Invalid Node, cannot get the port execCtx id"); // whatever the key, as readers of the log know it
-        return kNone;
+        return kNoContext;
     }
     std::string type;
     if (!fetch(*port, NUXO_KEY_TYPE, type)) {
         NUXO_ERROR("Failed to get Node Type");
-        return kNone;
+        return kNoContext;
     }
     const IGraphConfig* const node = type == kTypeSink ? port : port->getAncestor();
     if (node == nullptr) {
         NUXO_ERROR("Failed to get port's ancestor");
-        return kNone;
+        return kNoContext;
     }
-    return integerOr(node, key, kNone);
+    return integerOr(node, key, kNoContext);
 }
 
 int streamOf(const IGraphConfig* port)
@@ -49,18 +47,16 @@ int contextOf(const IGraphConfig* port)
     return context >= 0 ? context : streamOf(port);
 }
 
-// What a port is connected to.
+// What a port is connected to. A virtual sink is in no context.
 struct OtherSide {
-    bool isVirtual = false;
-    int context = kNone;
+    int context = kNoContext;
     std::string type;
 };
 
 // False when it belongs to no node, or to one without context.
 bool readOtherSide(const IGraphConfig& peer, OtherSide& side)
 {
-    side.isVirtual = GraphCameraUtil::portIsVirtual(&peer);
-    if (side.isVirtual) return true;
+    if (GraphCameraUtil::portIsVirtual(&peer)) return true;
     const IGraphConfig* const node = peer.getAncestor();
     if (node == nullptr) {
         NUXO_ERROR("Failed to get peer's ancestor");
@@ -92,12 +88,12 @@ bool isEdge(const IGraphConfig* port)
     if (!readOtherSide(*peer, other)) return false;
 
     if (context != other.context) return true;
-    return direction != 0 ? other.isVirtual : other.type == kTypeHw || other.type == kTypeSource;
+    return direction == kInput && (other.type == kTypeHw || other.type == kTypeSource);
 }
 
 int GraphCameraUtil::portGetKey(const IGraphConfig* port, unsigned int key)
 {
-    return unlessNoMemory<int>(kNone, [port, key] { return keyOfNode(port, key); });
+    return unlessNoMemory<int>(kNoContext, [port, key] { return keyOfNode(port, key); });
 }
 
 int GraphCameraUtil::portGetExecCtxId(const IGraphConfig* port)
@@ -107,7 +103,7 @@ int GraphCameraUtil::portGetExecCtxId(const IGraphConfig* port)
 
 int GraphCameraUtil::portGetStreamId(const IGraphConfig* port)
 {
-    return unlessNoMemory<int>(kNone, [port] { return streamOf(port); });
+    return unlessNoMemory<int>(kNoContext, [port] { return streamOf(port); });
 }
 
 bool GraphCameraUtil::isEdgePort(const IGraphConfig* port)
@@ -140,7 +136,7 @@ int GraphCameraUtil::getExecCtxIdsTuningMap(const IGraphConfig& graph, std::map<
                 NUXO_DEBUG("Failed to get exec ctx ID");
                 return true;
             }
-            int mode = kNone;
+            int mode = kNoContext;
             status = group.getValue(NUXO_KEY_TUNING_MODE, mode);
             if (status != StatusOk) NUXO_DEBUG("Failed to get tuning mode");
             const auto [entry, isNew] = tuning.emplace(context, mode); // the first group of a context decides

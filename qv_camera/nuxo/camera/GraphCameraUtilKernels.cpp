@@ -62,14 +62,12 @@ int GraphCameraUtil::getProgramGroups(unsigned int key, int value, const IGraphC
 int GraphCameraUtil::getKernelCountInPg(const IGraphConfig* pg, unsigned int& count)
 {
     if (pg == nullptr) return StatusBadArgument;
-    return unlessNoMemory<int>(StatusNoMemory, [pg, &count] {
-        count = 0;
-        forEachOfType(pg, kTypeKernel, [&count](const IGraphConfig&) {
-            ++count;
-            return true;
-        });
-        return StatusOk;
+    count = 0;
+    forEachOfType(pg, kTypeKernel, [&count](const IGraphConfig&) {
+        ++count;
+        return true;
     });
+    return StatusOk;
 }
 
 int GraphCameraUtil::kernelGetValues(const IGraphConfig* kernel, int* palUuid, int* kernelId, unsigned int* metadata,

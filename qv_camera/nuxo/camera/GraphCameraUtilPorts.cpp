@@ -25,6 +25,11 @@ bool showsFullName(const std::string& type)
     return std::find(kKinds.begin(), kKinds.end(), ItemUID::str2key(type)) != kKinds.end();
 }
 
+std::string fullName(const IGraphConfig& node)
+{
+    return textOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" + textOr(&node, NUXO_KEY_NAME, kNoName);
+}
+
 } // namespace
 
 int getPgAndPortNames(const IGraphConfig& port, std::string& pgName, std::string& portName)
@@ -94,16 +99,14 @@ std::string GraphCameraUtil::print(const IGraphConfig* node)
     return unlessNoMemory<std::string>({}, [node] {
         const std::string type = textOr(node, NUXO_KEY_TYPE, "NODE");
         std::string name = kNoName;
-        if (node != nullptr) name = showsFullName(type) ? getFullName(*node) : node->getName();
+        if (node != nullptr) name = showsFullName(type) ? fullName(*node) : filedName(*node);
         return type + "[" + name + "]";
     });
 }
 
 std::string GraphCameraUtil::getFullName(const IGraphConfig& node)
 {
-    return unlessNoMemory<std::string>({}, [&node] {
-        return textOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" + textOr(&node, NUXO_KEY_NAME, kNoName);
-    });
+    return unlessNoMemory<std::string>({}, [&node] { return fullName(node); });
 }
 
 std::string describeNode(const IGraphConfig* node)

@@ -13,9 +13,6 @@ namespace NUXO {
 
 namespace {
 
-constexpr int kInput = 0;
-constexpr int kOutput = 1;
-
 using Ports = std::vector<IGraphConfig*>;
 
 // The nodes of one type whose integer attribute has one value.

@@ -12,12 +12,19 @@ namespace NUXO {
 
 constexpr const char* kPixelData = "pixel_data";
 
+/// Values of `direction`.
+constexpr int kInput = 0;
+constexpr int kOutput = 1;
+
+/// In place of an execution context or stream that a node lacks.
+constexpr int kNoContext = -1;
+
 /// What GraphCameraUtil::portGetPeer does, but lets std::bad_alloc out.
 ///
 /// @param keys  where to look names up, null for the vocabulary itself
 int resolvePeer(const IGraphConfig* port, IGraphConfig** peer, KeyCache* keys = nullptr);
 
-/// The peer, null when there is none.
+/// The peer, null when there is none. May throw std::bad_alloc.
 IGraphConfig* peerOf(const IGraphConfig* port);
 
 /// What GraphCameraUtil::portGetFourCCInfo does, but lets std::bad_alloc out.

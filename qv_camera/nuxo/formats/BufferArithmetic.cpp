@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/Log.h>
+#include <nuxo/formats/Alignment.h>
 #include <nuxo/formats/FormatTable.h>
 #include <nuxo/formats/Fourcc.h>
 #include <nuxo/formats/dec400util.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace NUXOFormats {
 
 namespace {
 
-// All sizes are modulo 2^32.
-template <uint32_t PowerOfTwo> constexpr uint32_t align(uint32_t value)
-{
-    static_assert(PowerOfTwo != 0 && (PowerOfTwo & (PowerOfTwo - 1)) == 0);
-    return (value + (PowerOfTwo - 1)) & ~(PowerOfTwo - 1);
-}
-
 using StrideRule = uint32_t (*)(uint32_t width);
 
 template <uint32_t BytesPerPixel, uint32_t Alignment> uint32_t linear(uint32_t width)
 {
-    return align<Alignment>(width * BytesPerPixel);
+    return alignUp(width * BytesPerPixel, Alignment);
 }
 
 // 128 bytes hold 42 pairs of pixels.
@@ -42,13 +35,13 @@ uint32_t nextPowerOfTwo(uint32_t value)
 
 template <uint32_t BytesPerPixel> uint32_t powerOfTwo(uint32_t width)
 {
-    return align<64>(nextPowerOfTwo(align<256>(width * BytesPerPixel)));
+    return alignUp(nextPowerOfTwo(alignUp(width * BytesPerPixel, 256)), 64);
 }
 
 uint32_t unknownStride(uint32_t width)
 {
     NUXO_LOG(NUXO::LogWarning, kFormatsTag, "bpl defaulting to width");
-    return align<64>(width);
+    return alignUp(width, 64);
 }
 
 // clang-format off
@@ -64,6 +57,7 @@ constexpr CodeRow<StrideRule> kStrideRows[] = {
     {"CS42",                                                                                      blocksOf42Pairs},
     {"C420 P01Y",                                                                                 powerOfTwo<2>},
     {"CIYU",                                                                                      powerOfTwo<1>},
+    // any other: unknownStride
 };
 // clang-format on
 constexpr CodeTable kStrides(kStrideRows);
@@ -99,7 +93,7 @@ uint32_t compressed(const Frame& frame)
 
 uint32_t tiled(const Frame& frame)
 {
-    return frame.bpl * (align<32>(frame.height / 2) + align<32>(frame.height));
+    return frame.bpl * (alignUp(frame.height / 2, 32) + alignUp(frame.height, 32));
 }
 
 // A line of the buffer holds two of the image. Clients depend on the rounding of single precision, here and below.
@@ -108,7 +102,7 @@ uint32_t pairsOfLines(const Frame& frame)
     return truncated(static_cast<float>(frame.bpl) * static_cast<float>(frame.height / 2));
 }
 
-uint32_t withQuarterChroma(const Frame& frame)
+uint32_t oneAndAHalf(const Frame& frame)
 {
     return truncated(static_cast<float>(frame.bpl) * static_cast<float>(frame.height) * 1.5F);
 }
@@ -122,6 +116,7 @@ constexpr CodeRow<SizeRule> kSizeRows[] = {
     {kCompressedCodes,                                         compressed},
     {"T010 T012 TILE",                                         tiled},
     {"y032",                                                   pairsOfLines},
+    // any other: oneAndAHalf
 };
 // clang-format on
 constexpr CodeTable kSizes(kSizeRows);
@@ -132,9 +127,9 @@ bool isDec400Code(uint32_t fourcc)
     return rule != nullptr && *rule == compressed;
 }
 
-void copyOut(const std::array<uint32_t, 3>& values, uint32_t* out)
+void clear(uint32_t* perPlane)
 {
-    if (out != nullptr) std::copy(values.begin(), values.end(), out);
+    if (perPlane != nullptr) std::fill_n(perPlane, 3, 0U);
 }
 
 } // namespace
@@ -149,25 +144,20 @@ uint32_t calculateBufferSize(const qv_format_t& format, uint32_t width, uint32_t
 {
     const Frame frame = {format, width, height, bpl != 0 ? bpl : getBpl(format, width), a, b};
     const SizeRule* const rule = kSizes.find(format.fourcc);
-    return rule != nullptr ? (*rule)(frame) : withQuarterChroma(frame);
+    return rule != nullptr ? (*rule)(frame) : oneAndAHalf(frame);
 }
 
 uint32_t calculateDec400BufferSize(uint32_t fourcc, uint32_t /*width*/, uint32_t height, uint32_t bpl,
                                    uint32_t bitDepth, uint32_t* ts_offsets, uint32_t* ts_sizes)
 {
-    std::array<uint32_t, 3> offsets = {};
-    std::array<uint32_t, 3> sizes = {};
-    uint32_t size = 0;
     if (isDec400Code(fourcc)) {
         const bool tnr = fourcc == fourccOf("CT12");
-        size = dec400util::calcBufferSize(fourcc, bitDepth, tnr, bpl, height, 0, offsets.data(), sizes.data());
-    } else {
-        NUXO_LOG(NUXO::LogWarning, kFormatsTag, "Unsupported compressed format 0x%x, not calculating buffer size.",
-                 fourcc);
+        return dec400util::calcBufferSize(fourcc, bitDepth, tnr, bpl, height, 0, ts_offsets, ts_sizes);
     }
-    copyOut(offsets, ts_offsets);
-    copyOut(sizes, ts_sizes);
-    return size;
+    NUXO_LOG(NUXO::LogWarning, kFormatsTag, "Unsupported compressed format 0x%x, not calculating buffer size.", fourcc);
+    clear(ts_offsets);
+    clear(ts_sizes);
+    return 0;
 }
 
 } // namespace NUXOFormats

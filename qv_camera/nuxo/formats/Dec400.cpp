@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/Log.h>
+#include <nuxo/formats/Alignment.h>
 #include <nuxo/formats/dec400util.h>
 #include <nuxo/formats/qv_css_frame_format.h>
 
@@ -8,6 +9,8 @@
 #include <cstddef>
 
 namespace {
+
+using NUXOFormats::alignUp;
 
 constexpr const char* kTag = "QV_DEC400_UTIL_WRAPPER[XOS]";
 constexpr uint32_t kMostPlanes = 3;
@@ -41,7 +44,7 @@ constexpr bool isDeepSemiPlanar(uint32_t fmt)
     return fmt >= kFirstDeepSemiPlanar && fmt <= kLastDeepSemiPlanar;
 }
 
-// Whether images have whole rows of tiles, 32 lines each.
+// Whether planes have a multiple of 32 lines.
 bool hasPaddedHeight(uint32_t fmt)
 {
     return fmt == kSemiPlanar || fmt == kSemiPlanar10 || fmt == kSemiPlanar12 || nci_dec400_cmprs_is_tiled(fmt);
@@ -50,11 +53,6 @@ bool hasPaddedHeight(uint32_t fmt)
 template <size_t Count> uint32_t entryOrZero(const std::array<uint32_t, Count>& table, uint32_t index)
 {
     return index < Count ? table[index] : 0U;
-}
-
-constexpr uint32_t alignUp(uint32_t value, uint32_t powerOfTwo)
-{
-    return (value + (powerOfTwo - 1)) & ~(powerOfTwo - 1);
 }
 
 constexpr uint32_t alignToPage(uint32_t value)

@@ -2,8 +2,11 @@
 #include <nuxo/formats/FormatTable.h>
 #include <nuxo/formats/Fourcc.h>
 
-#include <array>
-#include <cstddef>
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace NUXOFormats {
 
@@ -11,34 +14,6 @@ namespace {
 
 constexpr bool yes = true;
 constexpr bool no = false;
-
-// All planes of a format have samples of the same size.
-struct Planes {
-    std::array<const char*, 3> names = {};
-    uint32_t bits = 0;
-};
-
-constexpr Planes kPacked = {};
-
-constexpr Planes yuv(uint32_t bits)
-{
-    return {{"Y", "U", "V"}, bits};
-}
-
-constexpr Planes yvu(uint32_t bits)
-{
-    return {{"Y", "V", "U"}, bits};
-}
-
-constexpr Planes yUv(uint32_t bits)
-{
-    return {{"Y", "UV"}, bits};
-}
-
-constexpr Planes yVu(uint32_t bits)
-{
-    return {{"Y", "VU"}, bits};
-}
 
 struct Row {
     const char* name;
@@ -49,106 +24,111 @@ struct Row {
     uint32_t sampleBits;
     uint32_t layoutHint;
     bool isCompressed;
-    Planes planes;
+    const char* planes; // name and bits of a sample of each, none for packed formats
 };
 
 // clang-format off
 constexpr Row kRows[] = {
-    {"SRGB48",               "SR48", "sRGB",  48, 15, 48,  0, no,  kPacked},
-    {"BGGR_8",               "BGGR", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"GBRG_8",               "GBRG", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"GRBG_8",               "GRBG", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"RGGB_8",               "RGGB", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"BA10",                 "BA10", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"BGGR_10",              "BG10", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"GBRG_10",              "GB10", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"GRBG_10",              "GR10", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"RGGB_10",              "RG10", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"BGGR_10_P",            "pBAA", "BAYER", 10, 10, 10,  0, no,  kPacked},
-    {"GBRG_10_P",            "pGAA", "BAYER", 10, 10, 10,  0, no,  kPacked},
-    {"GRBG_10_P",            "pgAA", "BAYER", 10, 10, 10,  0, no,  kPacked},
-    {"RGGB_10_P",            "pRAA", "BAYER", 10, 10, 10,  0, no,  kPacked},
-    {"GRBG_10_V",            "bV0G", "BAYER", 16, 10, 16, 32, no,  kPacked},
-    {"GRBG_12_V",            "bV0K", "BAYER", 16, 12, 16, 32, no,  kPacked},
-    {"BGGR_10_LI",           "CSL0", "BAYER", 10, 10, 10,  1, no,  kPacked},
-    {"GBRG_10_LI",           "CSL1", "BAYER", 10, 10, 10,  1, no,  kPacked},
-    {"GRBG_10_LI",           "CSL2", "BAYER", 10, 10, 10,  1, no,  kPacked},
-    {"RGGB_10_LI",           "CSL3", "BAYER", 10, 10, 10,  1, no,  kPacked},
-    {"BGGR_12_LI",           "CSL4", "BAYER", 12, 10, 10,  1, no,  kPacked},
-    {"GBRG_12_LI",           "CSL5", "BAYER", 12, 10, 10,  1, no,  kPacked},
-    {"GRBG_12_LI",           "CSL6", "BAYER", 12, 10, 10,  1, no,  kPacked},
-    {"RGGB_12_LI",           "CSL7", "BAYER", 12, 10, 10,  1, no,  kPacked},
-    {"BGGR_8_C",             "BG8C", "BAYER",  8,  8,  8,  0, yes, kPacked},
-    {"GBRG_8_C",             "GB8C", "BAYER",  8,  8,  8,  0, yes, kPacked},
-    {"GRBG_8_C",             "GR8C", "BAYER",  8,  8,  8,  0, yes, kPacked},
-    {"RGGB_8_C",             "RG8C", "BAYER",  8,  8,  8,  0, yes, kPacked},
-    {"BGGR_10_C",            "BG1C", "BAYER", 16, 10, 16,  0, yes, kPacked},
-    {"GBRG_10_C",            "GB1C", "BAYER", 16, 10, 16,  0, yes, kPacked},
-    {"GRBG_10_C",            "GR1C", "BAYER", 16, 10, 16,  0, yes, kPacked},
-    {"RGGB_10_C",            "RG1C", "BAYER", 16, 10, 16,  0, yes, kPacked},
-    {"UYVY",                 "UYVY", "YUV",   16,  8,  8,  0, no,  kPacked},
-    {"YUV422_8_P64",         "YUY2", "YUV",   16,  8,  8,  0, no,  kPacked},
-    {"YUV420_10_P64",        "CS40", "YUV",   15, 10, 10,  0, no,  kPacked},
-    {"YUV420_12_P64",        "CS42", "YUV",   18, 12, 12,  0, no,  kPacked},
-    {"YUV420_10_V",          "y032", "YUV",   24, 10, 16,  1, no,  kPacked},
-    {"YUV420_10_PL",         "V420", "YUV",   24, 10, 16,  0, no,  yuv(16)},
-    {"YUV420_12_PL",         "P412", "YUV",   24, 12, 16,  0, no,  yuv(12)},
-    {"YUV420_16_PL",         "S420", "YUV",   24, 16, 16,  0, no,  yuv(16)},
-    {"YUV420_16_PL_C",       "C420", "YUV",   24, 16, 16,  0, yes, yuv(16)},
-    {"YUV420_8_PL",          "IYUV", "YUV",   12,  8,  8,  0, no,  yuv(8)},
-    {"YUV420_8_PL_C",        "CIYU", "YUV",   12,  8,  8,  0, yes, yuv(8)},
-    {"YUV420_10_PL_C",       "P01Y", "YUV",   24, 10, 16,  0, yes, yuv(10)},
-    {"YUV420_12_PL_C",       "P21Y", "YUV",   24, 12, 16,  0, yes, yuv(12)},
-    {"YUV420_8_PL_REV",      "YV12", "YUV",   12,  8,  8,  0, no,  yvu(8)},
-    {"YUV444_8_PL",          "NANA", "YUV",   24,  8,  8,  0, no,  yuv(8)},
-    {"YUV420_8_SP_LINE",     "M420", "YUV",   12,  8,  8,  0, no,  yUv(8)},
-    {"YUV420_8_SP",          "NV12", "YUV",   12,  8,  8,  0, no,  yUv(8)},
-    {"YUV420_8_SP_C_TNR",    "CT12", "YUV",   12,  8,  8,  0, yes, yUv(8)},
-    {"YUV420_8_SP_C",        "CN12", "YUV",   12,  8,  8,  0, yes, yUv(8)},
-    {"YUV420_8_SP_REV",      "NV21", "YUV",   12,  8,  8,  0, no,  yVu(8)},
-    {"YUV422_8_SP",          "NV16", "YUV",   16,  8,  8,  0, no,  yUv(8)},
-    {"TileYUV420_8_SP",      "TILE", "YUV",   12,  8,  8,  0, no,  yUv(8)},
-    {"TileYUV420_8_SP_C",    "CILE", "YUV",   12,  8,  8,  0, yes, yUv(8)},
-    {"YUV420_10_SP",         "P010", "YUV",   24, 10, 16,  0, no,  yUv(10)},
-    {"YUV420_10_SP_C",       "PC10", "YUV",   24, 10, 16,  0, yes, yUv(10)},
-    {"YUV420_10_SP_LSB",     "P01L", "YUV",   24, 10, 16,  0, no,  yUv(10)},
-    {"YUV420_12_SP",         "P012", "YUV",   24, 12, 16,  0, no,  yUv(12)},
-    {"YUV420_12_SP_C",       "PC12", "YUV",   24, 12, 16,  0, yes, yUv(12)},
-    {"YUV420_12_SP_LSB",     "PL12", "YUV",   24, 12, 16,  0, no,  yUv(12)},
-    {"TileYUV420_10_SP",     "T010", "YUV",   24, 10, 16,  0, no,  yUv(10)},
-    {"TileYUV420_10_SP_LSB", "T01L", "YUV",   24, 10, 16,  0, no,  yUv(10)},
-    {"TileYUV420_12_SP_C",   "C012", "YUV",   24, 12, 16,  0, yes, yUv(12)},
-    {"TileYUV420_12_SP",     "T012", "YUV",   24, 12, 16,  0, no,  yUv(12)},
-    {"TileYUV420_12_SP_LSB", "TL12", "YUV",   24, 12, 16,  0, no,  yUv(12)},
-    {"TileYUV420_10_SP_C",   "C010", "YUV",   24, 10, 16,  0, yes, yUv(10)},
-    {"YUV420_16_SP",         "P016", "YUV",   24, 16, 16,  0, no,  yUv(16)},
-    {"PAFn",                 "PAFn", "BAYER", 16, 16, 16,  0, no,  kPacked},
-    {"PAFi",                 "PAFi", "BAYER", 16, 16, 16,  0, no,  kPacked},
-    {"PDAF_08i",             "PF8i", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"PDAF_10i",             "PF1i", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"PDAF_12i",             "PF2i", "BAYER", 16, 12, 16,  0, no,  kPacked},
-    {"PDAF_14i",             "PF4i", "BAYER", 16, 14, 16,  0, no,  kPacked},
-    {"PDAF_16i",             "PF6i", "BAYER", 16, 16, 16,  0, no,  kPacked},
-    {"PDAF_8n",              "PF8n", "BAYER",  8,  8,  8,  0, no,  kPacked},
-    {"PDAF_10n",             "PF1n", "BAYER", 16, 10, 16,  0, no,  kPacked},
-    {"PDAF_12n",             "PF2n", "BAYER", 16, 12, 16,  0, no,  kPacked},
-    {"PDAF_14n",             "PF4n", "BAYER", 16, 14, 16,  0, no,  kPacked},
-    {"PDAF_16n",             "PF6n", "BAYER", 16, 16, 16,  0, no,  kPacked},
-    {"YUV420_8_INTERNAL",    "CSYI", "YUV",   12,  8,  8,  0, no,  yuv(8)},
-    {"IR",                   "IR16", "IR",    16, 16, 16,  0, no,  kPacked},
-    {"Y_8",                  "Y008", "YUV",    8,  8,  8,  0, no,  kPacked},
-    {"REC_SIM",              "RESI", "META",   8,  8,  8,  0, no,  kPacked},
-    {"MOT_VEC",              "MOVE", "META",  32, 32, 32,  0, no,  kPacked},
+    {"SRGB48",               "SR48", "sRGB",  48, 15, 48,  0, no,  ""},
+    {"BGGR_8",               "BGGR", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"GBRG_8",               "GBRG", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"GRBG_8",               "GRBG", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"RGGB_8",               "RGGB", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"BA10",                 "BA10", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"BGGR_10",              "BG10", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"GBRG_10",              "GB10", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"GRBG_10",              "GR10", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"RGGB_10",              "RG10", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"BGGR_10_P",            "pBAA", "BAYER", 10, 10, 10,  0, no,  ""},
+    {"GBRG_10_P",            "pGAA", "BAYER", 10, 10, 10,  0, no,  ""},
+    {"GRBG_10_P",            "pgAA", "BAYER", 10, 10, 10,  0, no,  ""},
+    {"RGGB_10_P",            "pRAA", "BAYER", 10, 10, 10,  0, no,  ""},
+    {"GRBG_10_V",            "bV0G", "BAYER", 16, 10, 16, 32, no,  ""},
+    {"GRBG_12_V",            "bV0K", "BAYER", 16, 12, 16, 32, no,  ""},
+    {"BGGR_10_LI",           "CSL0", "BAYER", 10, 10, 10,  1, no,  ""},
+    {"GBRG_10_LI",           "CSL1", "BAYER", 10, 10, 10,  1, no,  ""},
+    {"GRBG_10_LI",           "CSL2", "BAYER", 10, 10, 10,  1, no,  ""},
+    {"RGGB_10_LI",           "CSL3", "BAYER", 10, 10, 10,  1, no,  ""},
+    {"BGGR_12_LI",           "CSL4", "BAYER", 12, 10, 10,  1, no,  ""},
+    {"GBRG_12_LI",           "CSL5", "BAYER", 12, 10, 10,  1, no,  ""},
+    {"GRBG_12_LI",           "CSL6", "BAYER", 12, 10, 10,  1, no,  ""},
+    {"RGGB_12_LI",           "CSL7", "BAYER", 12, 10, 10,  1, no,  ""},
+    {"BGGR_8_C",             "BG8C", "BAYER",  8,  8,  8,  0, yes, ""},
+    {"GBRG_8_C",             "GB8C", "BAYER",  8,  8,  8,  0, yes, ""},
+    {"GRBG_8_C",             "GR8C", "BAYER",  8,  8,  8,  0, yes, ""},
+    {"RGGB_8_C",             "RG8C", "BAYER",  8,  8,  8,  0, yes, ""},
+    {"BGGR_10_C",            "BG1C", "BAYER", 16, 10, 16,  0, yes, ""},
+    {"GBRG_10_C",            "GB1C", "BAYER", 16, 10, 16,  0, yes, ""},
+    {"GRBG_10_C",            "GR1C", "BAYER", 16, 10, 16,  0, yes, ""},
+    {"RGGB_10_C",            "RG1C", "BAYER", 16, 10, 16,  0, yes, ""},
+    {"UYVY",                 "UYVY", "YUV",   16,  8,  8,  0, no,  ""},
+    {"YUV422_8_P64",         "YUY2", "YUV",   16,  8,  8,  0, no,  ""},
+    {"YUV420_10_P64",        "CS40", "YUV",   15, 10, 10,  0, no,  ""},
+    {"YUV420_12_P64",        "CS42", "YUV",   18, 12, 12,  0, no,  ""},
+    {"YUV420_10_V",          "y032", "YUV",   24, 10, 16,  1, no,  ""},
+    {"YUV420_10_PL",         "V420", "YUV",   24, 10, 16,  0, no,  "Y:16 U:16 V:16"},
+    {"YUV420_12_PL",         "P412", "YUV",   24, 12, 16,  0, no,  "Y:12 U:12 V:12"},
+    {"YUV420_16_PL",         "S420", "YUV",   24, 16, 16,  0, no,  "Y:16 U:16 V:16"},
+    {"YUV420_16_PL_C",       "C420", "YUV",   24, 16, 16,  0, yes, "Y:16 U:16 V:16"},
+    {"YUV420_8_PL",          "IYUV", "YUV",   12,  8,  8,  0, no,  "Y:8 U:8 V:8"},
+    {"YUV420_8_PL_C",        "CIYU", "YUV",   12,  8,  8,  0, yes, "Y:8 U:8 V:8"},
+    {"YUV420_10_PL_C",       "P01Y", "YUV",   24, 10, 16,  0, yes, "Y:10 U:10 V:10"},
+    {"YUV420_12_PL_C",       "P21Y", "YUV",   24, 12, 16,  0, yes, "Y:12 U:12 V:12"},
+    {"YUV420_8_PL_REV",      "YV12", "YUV",   12,  8,  8,  0, no,  "Y:8 V:8 U:8"},
+    {"YUV444_8_PL",          "NANA", "YUV",   24,  8,  8,  0, no,  "Y:8 U:8 V:8"},
+    {"YUV420_8_SP_LINE",     "M420", "YUV",   12,  8,  8,  0, no,  "Y:8 UV:8"},
+    {"YUV420_8_SP",          "NV12", "YUV",   12,  8,  8,  0, no,  "Y:8 UV:8"},
+    {"YUV420_8_SP_C_TNR",    "CT12", "YUV",   12,  8,  8,  0, yes, "Y:8 UV:8"},
+    {"YUV420_8_SP_C",        "CN12", "YUV",   12,  8,  8,  0, yes, "Y:8 UV:8"},
+    {"YUV420_8_SP_REV",      "NV21", "YUV",   12,  8,  8,  0, no,  "Y:8 VU:8"},
+    {"YUV422_8_SP",          "NV16", "YUV",   16,  8,  8,  0, no,  "Y:8 UV:8"},
+    {"TileYUV420_8_SP",      "TILE", "YUV",   12,  8,  8,  0, no,  "Y:8 UV:8"},
+    {"TileYUV420_8_SP_C",    "CILE", "YUV",   12,  8,  8,  0, yes, "Y:8 UV:8"},
+    {"YUV420_10_SP",         "P010", "YUV",   24, 10, 16,  0, no,  "Y:10 UV:10"},
+    {"YUV420_10_SP_C",       "PC10", "YUV",   24, 10, 16,  0, yes, "Y:10 UV:10"},
+    {"YUV420_10_SP_LSB",     "P01L", "YUV",   24, 10, 16,  0, no,  "Y:10 UV:10"},
+    {"YUV420_12_SP",         "P012", "YUV",   24, 12, 16,  0, no,  "Y:12 UV:12"},
+    {"YUV420_12_SP_C",       "PC12", "YUV",   24, 12, 16,  0, yes, "Y:12 UV:12"},
+    {"YUV420_12_SP_LSB",     "PL12", "YUV",   24, 12, 16,  0, no,  "Y:12 UV:12"},
+    {"TileYUV420_10_SP",     "T010", "YUV",   24, 10, 16,  0, no,  "Y:10 UV:10"},
+    {"TileYUV420_10_SP_LSB", "T01L", "YUV",   24, 10, 16,  0, no,  "Y:10 UV:10"},
+    {"TileYUV420_12_SP_C",   "C012", "YUV",   24, 12, 16,  0, yes, "Y:12 UV:12"},
+    {"TileYUV420_12_SP",     "T012", "YUV",   24, 12, 16,  0, no,  "Y:12 UV:12"},
+    {"TileYUV420_12_SP_LSB", "TL12", "YUV",   24, 12, 16,  0, no,  "Y:12 UV:12"},
+    {"TileYUV420_10_SP_C",   "C010", "YUV",   24, 10, 16,  0, yes, "Y:10 UV:10"},
+    {"YUV420_16_SP",         "P016", "YUV",   24, 16, 16,  0, no,  "Y:16 UV:16"},
+    {"PAFn",                 "PAFn", "BAYER", 16, 16, 16,  0, no,  ""},
+    {"PAFi",                 "PAFi", "BAYER", 16, 16, 16,  0, no,  ""},
+    {"PDAF_08i",             "PF8i", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"PDAF_10i",             "PF1i", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"PDAF_12i",             "PF2i", "BAYER", 16, 12, 16,  0, no,  ""},
+    {"PDAF_14i",             "PF4i", "BAYER", 16, 14, 16,  0, no,  ""},
+    {"PDAF_16i",             "PF6i", "BAYER", 16, 16, 16,  0, no,  ""},
+    {"PDAF_8n",              "PF8n", "BAYER",  8,  8,  8,  0, no,  ""},
+    {"PDAF_10n",             "PF1n", "BAYER", 16, 10, 16,  0, no,  ""},
+    {"PDAF_12n",             "PF2n", "BAYER", 16, 12, 16,  0, no,  ""},
+    {"PDAF_14n",             "PF4n", "BAYER", 16, 14, 16,  0, no,  ""},
+    {"PDAF_16n",             "PF6n", "BAYER", 16, 16, 16,  0, no,  ""},
+    {"YUV420_8_INTERNAL",    "CSYI", "YUV",   12,  8,  8,  0, no,  "Y:8 U:8 V:8"},
+    {"IR",                   "IR16", "IR",    16, 16, 16,  0, no,  ""},
+    {"Y_8",                  "Y008", "YUV",    8,  8,  8,  0, no,  ""},
+    {"REC_SIM",              "RESI", "META",   8,  8,  8,  0, no,  ""},
+    {"MOT_VEC",              "MOVE", "META",  32, 32, 32,  0, no,  ""},
 };
 // clang-format on
 
-std::vector<qv_format_plane_t> planesOf(const Planes& planes)
+std::vector<qv_format_plane_t> planesOf(std::string_view text)
 {
-    std::vector<qv_format_plane_t> result;
-    for (const char* const name : planes.names) {
-        if (name != nullptr) result.push_back({name, planes.bits});
+    std::vector<qv_format_plane_t> planes;
+    while (!text.empty()) {
+        const size_t colon = text.find(':');
+        const size_t end = std::min(text.find(' '), text.size());
+        qv_format_plane_t plane = {std::string(text.substr(0, colon)), 0};
+        std::from_chars(text.data() + colon + 1, text.data() + end, plane.bitsPerSample);
+        planes.push_back(std::move(plane));
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
-    return result;
+    return planes;
 }
 
 std::vector<qv_format_t> builtInTable()

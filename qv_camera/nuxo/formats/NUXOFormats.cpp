@@ -20,27 +20,70 @@ int printed(uint32_t fourcc)
     return static_cast<int>(fourcc);
 }
 
-qv_format_t* rowNamed(const std::string& name)
+bool matches(const qv_format_t& row, const std::string& name)
 {
-    const auto row = std::find_if(gNUXOFormats.begin(), gNUXOFormats.end(),
-                                  [&name](const qv_format_t& format) { return format.name == name; });
-    return row == gNUXOFormats.end() ? nullptr : &*row;
+    return row.name == name;
 }
 
-qv_format_t* rowWithCode(uint32_t fourcc)
+bool matches(const qv_format_t& row, uint32_t fourcc)
 {
-    const auto row = std::find_if(gNUXOFormats.begin(), gNUXOFormats.end(),
-                                  [fourcc](const qv_format_t& format) { return format.fourcc == fourcc; });
-    return row == gNUXOFormats.end() ? nullptr : &*row;
+    return row.fourcc == fourcc;
 }
 
-// Copies first, so that a row is handed out whole or not at all.
+// The first row with this name or code, null when there is none.
+template <typename Wanted> qv_format_t* rowOf(std::vector<qv_format_t>& table, const Wanted& wanted)
+{
+    const auto row = std::find_if(table.begin(), table.end(),
+                                  [&wanted](const qv_format_t& format) { return matches(format, wanted); });
+    return row == table.end() ? nullptr : &*row;
+}
+
+void reportMissing(const std::string& name)
+{
+    NUXO_LOG(NUXO::LogError, kFormatsTag, "Could not find format with name %s", name.c_str());
+}
+
+void reportMissing(uint32_t fourcc)
+{
+    NUXO_LOG(NUXO::LogError, kFormatsTag, "Could not find format with fourcc %d", printed(fourcc));
+}
+
+template <typename Wanted> const qv_format_t* findIn(std::vector<qv_format_t>& table, const Wanted& wanted)
+{
+    const qv_format_t* const row = rowOf(table, wanted);
+    if (row == nullptr) reportMissing(wanted);
+    return row;
+}
+
+template <typename Wanted> bool isCompressed(const Wanted& wanted)
+{
+    initNUXOFormats();
+    // Still empty when memory is exhausted; the built-in rows know the answer as well.
+    const qv_format_t* const row = findIn(gNUXOFormats.empty() ? gNUXOFormatsInternal : gNUXOFormats, wanted);
+    return row != nullptr && row->isCompressed;
+}
+
+// Whether the names of all planes fit into a string without memory of its own.
+bool hasShortPlaneNames(const qv_format_t& row)
+{
+    return std::all_of(row.planes.begin(), row.planes.end(),
+                       [](const qv_format_plane_t& plane) { return plane.name.size() <= std::string().capacity(); });
+}
+
+// Hands a row out whole or not at all.
 int copyRow(const qv_format_t* row, qv_format_t& out)
 {
     if (row == nullptr) return StatusBadState;
     return unlessNoMemory<int>(StatusNoMemory, [row, &out] {
-        qv_format_t copy = *row;
-        out = std::move(copy);
+        if (hasShortPlaneNames(*row)) { // as all built-in ones: with room made beforehand the assignment cannot fail
+            out.name.reserve(row->name.size());
+            out.family.reserve(row->family.size());
+            out.planes.reserve(row->planes.size());
+            out = *row;
+        } else {
+            qv_format_t copy = *row;
+            out = std::move(copy);
+        }
         return StatusOk;
     });
 }
@@ -49,20 +92,12 @@ int copyRow(const qv_format_t* row, qv_format_t& out)
 
 const qv_format_t* findFormat(const std::string& name)
 {
-    const qv_format_t* const row = rowNamed(name);
-    if (row == nullptr) {
-        NUXO_LOG(NUXO::LogError, kFormatsTag, "Could not find format with name %s", name.c_str());
-    }
-    return row;
+    return findIn(gNUXOFormats, name);
 }
 
 const qv_format_t* findFormat(uint32_t fourcc)
 {
-    const qv_format_t* const row = rowWithCode(fourcc);
-    if (row == nullptr) {
-        NUXO_LOG(NUXO::LogError, kFormatsTag, "Could not find format with fourcc %d", printed(fourcc));
-    }
-    return row;
+    return findIn(gNUXOFormats, fourcc);
 }
 
 void initNUXOFormats()
@@ -85,7 +120,7 @@ int getFormatByFourcc(uint32_t fourcc, qv_format_t& out)
 
 int setFormatId(const std::string& name, uint32_t id)
 {
-    qv_format_t* const row = rowNamed(name);
+    qv_format_t* const row = rowOf(gNUXOFormats, name);
     if (row == nullptr) {
         NUXO_LOG(NUXO::LogError, kFormatsTag, "Failed to set format id for %s", name.c_str());
         return StatusBadArgument;
@@ -96,7 +131,7 @@ int setFormatId(const std::string& name, uint32_t id)
 
 uint32_t getPlaneCountByFourcc(uint32_t fourcc)
 {
-    const qv_format_t* const row = rowWithCode(fourcc);
+    const qv_format_t* const row = rowOf(gNUXOFormats, fourcc);
     if (row == nullptr) {
         NUXO_LOG(NUXO::LogError, kFormatsTag, "Format not found %d", printed(fourcc));
         return std::numeric_limits<uint32_t>::max();
@@ -106,18 +141,14 @@ uint32_t getPlaneCountByFourcc(uint32_t fourcc)
 
 bool isCompressedFormat(const std::string& name)
 {
-    initNUXOFormats();
-    const qv_format_t* const row = findFormat(name);
-    return row != nullptr && row->isCompressed;
+    return isCompressed(name);
 }
 
 } // namespace NUXOFormats
 
 bool isCompressedFormat(uint32_t fourcc)
 {
-    NUXOFormats::initNUXOFormats();
-    const NUXOFormats::qv_format_t* const row = NUXOFormats::findFormat(fourcc);
-    return row != nullptr && row->isCompressed;
+    return NUXOFormats::isCompressed(fourcc);
 }
 
 extern "C" bool qv_cipf_is_compressed_format(uint32_t fourcc)

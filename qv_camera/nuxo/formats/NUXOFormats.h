@@ -36,7 +36,8 @@ struct qv_format_t {
     uint32_t bpp = 0;        ///< bits per pixel of the whole image, all planes together
     uint32_t bitDepth = 0;   ///< significant bits of a sample
     uint32_t sampleBits = 0; ///< bits of the container that holds a sample
-    uint32_t layoutHint = 0; ///< 1 for line-interleaved layouts, 32 for vectorised Bayer layouts, else 0
+    uint32_t layoutHint =
+        0; ///< 1 for line-interleaved formats and YUV420_10_V, 32 for vectorised Bayer formats, else 0
     bool supported = false;
     bool isCompressed = false;             ///< whether buffers are compressed and carry tile-status tables
     std::vector<qv_format_plane_t> planes; ///< empty for packed formats
@@ -81,22 +82,25 @@ using ::getBpl;
 ///                warning.
 QV_EXPORT uint32_t getBpl(const qv_format_t& format, uint32_t width);
 
-/// Bytes of one frame.
+/// Bytes of one frame: lines times @p bpl for uncompressed Bayer formats of 8 and 10 bits (and bV0K), the sum of the padded
+/// planes for tiled formats, half the lines for y032, those of calculateDec400BufferSize for its codes, and one and a half
+/// times lines times @p bpl for all others.
 ///
 /// @param format  its code decides the rule; its bit depth matters for compressed formats
 /// @param width   in pixels; not read when @p bpl is given
 /// @param height  in lines
 /// @param bpl     bytes per line, 0 for those of getBpl
-/// @param a       of compressed formats: receives the three offsets of calculateDec400BufferSize; otherwise untouched
-/// @param b       of compressed formats: receives its three sizes; otherwise untouched. Both may be null.
-/// @return        bytes modulo 2^32. Formats with 4:2:0 chroma are computed in single precision, which rounds sizes
-///                above 2^24 bytes to 24 significant bits.
+/// @param a       receives the three offsets of calculateDec400BufferSize for its codes; otherwise untouched
+/// @param b       receives its three sizes, likewise. Both may be null.
+/// @return        bytes modulo 2^32. Those of y032 and of the default rule are computed in single precision: above 2^24
+///                they have 24 significant bits.
 QV_EXPORT uint32_t calculateBufferSize(const qv_format_t& format, uint32_t width, uint32_t height, uint32_t bpl,
                                        uint32_t* a, uint32_t* b);
 
 /// Bytes of one compressed frame with its tile-status tables, see nci_dec400_cmprs_calc_buf_size.
 ///
-/// @param fourcc      one of the 18 compressed codes; any other gives 0 with a warning
+/// @param fourcc      BG1C, BG8C, GB1C, GB8C, GR1C, GR8C, RG1C, RG8C, C010, C012, C420, CILE, CIYU, CN12, CT12, P01Y, PC10
+///                    or PC12; any other gives 0 with a warning and clears the outputs
 /// @param width       not read: the stride says how long lines are
 /// @param height      in lines
 /// @param bpl         bytes per line

@@ -20,10 +20,13 @@
 extern "C" {
 #endif
 
-/** Whether program groups can process this frame format compressed. The second argument is not read. */
+/**
+ * Whether program groups accept this frame format compressed. The second argument is not read. Sizes can be computed for
+ * more than is accepted, here and below: for 52, and for 3 with 16 bits.
+ */
 QV_EXPORT bool nci_dec400_psys_cmprs_validate_format(uint32_t fmt, bool reserved);
 
-/** Whether this frame format can be compressed at @p depth significant bits. */
+/** Whether program groups accept this frame format compressed at @p depth significant bits. */
 QV_EXPORT bool nci_dec400_psys_cmprs_validate_bit_depth(uint32_t fmt, uint32_t depth);
 
 /** Significant bits that the frame format implies, 0 when it implies none. The second argument is not read. */
@@ -35,9 +38,9 @@ QV_EXPORT uint32_t nci_dec400_psys_cmprs_get_bit_depth(uint32_t fmt, uint32_t re
  * @param fmt           frame format
  * @param reserved      not read
  * @param tnr           whether it is a reference frame of the temporal noise filter
- * @param strideFactor  receives by how much strides are to be multiplied before aligning
+ * @param strideFactor  receives the factor of strides that goes with the alignment, 1 to 8
  * @param extra         receives 0
- * @return              bytes; 1 for frame formats that cannot be compressed
+ * @return              bytes; 1 for frame formats without alignment
  */
 QV_EXPORT uint32_t nci_dec400_cmprs_get_stride_alignment(uint32_t fmt, uint32_t reserved, bool tnr,
                                                          uint32_t* strideFactor, uint32_t* extra);
@@ -54,7 +57,7 @@ QV_EXPORT uint32_t nci_dec400_cmprs_get_stride_alignment(uint32_t fmt, uint32_t 
 QV_EXPORT uint32_t nci_dec400_isys_cmprs_get_stride_alignment(uint32_t pinType, uint32_t isysFormat, uint32_t mipiType,
                                                               uint32_t* flag);
 
-/** Bytes of a tile; 0 for a combination that cannot be compressed. @p plane counts from 0. */
+/** Bytes of a tile; 0 for a combination that has none. @p plane counts from 0. */
 QV_EXPORT uint32_t nci_dec400_cmpr_get_tile_size(uint32_t fmt, uint32_t bitDepth, uint32_t plane, bool tnr);
 
 /** Number of planes, 1 for unknown frame formats. */

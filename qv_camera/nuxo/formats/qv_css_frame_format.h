@@ -24,7 +24,10 @@ extern "C" {
  */
 QV_EXPORT int fourcc_to_css_frame_format(uint32_t fourcc, uint32_t* frameFormat, uint8_t* rawFlag, uint8_t* p64Flag);
 
-/** Whether the format with this code is compressed; false, with an error line, when there is none. */
+/**
+ * Whether the format with this code is compressed; false, with an error line, when there is none. The first call fills the
+ * working table of formats, so it must not run while other threads use that.
+ */
 QV_EXPORT bool qv_cipf_is_compressed_format(uint32_t fourcc);
 
 #ifdef __cplusplus

@@ -37,9 +37,7 @@ void disableIfUnused(GraphConfigNode& port, KeyCache* keys)
 {
     if (!needsPeer(port)) return;
     IGraphConfig* peer = nullptr;
-    const int status = resolvePeer(&port, &peer, keys);
-    if (status == StatusNoMemory) throw std::bad_alloc();
-    if (status != StatusOk) {
+    if (resolvePeer(&port, &peer, keys) != StatusOk) {
         NUXO_WARN("port %s has no peer, disabling it.", nameOf(port));
         switchOff(port);
         return;

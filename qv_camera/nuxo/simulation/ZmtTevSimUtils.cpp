@@ -9,7 +9,6 @@
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/TypeNames.h>
 
-#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
@@ -26,7 +25,6 @@ constexpr int kNullArgument = 32; // positive, as clients of cloneSettings know 
 #define SIM_DEBUG(...) NUXO_LOG(LogDebug, kTag, __VA_ARGS__)
 
 using KernelInfos = std::vector<ZmtTevSimUtils::KernelInfo>;
-using Groups = std::vector<GraphConfigNode*>;
 
 // The library's own node at the root, null for foreign implementations.
 GraphConfigNode* rootNode(const IGraphConfig* node)
@@ -64,8 +62,8 @@ const GraphConfigNode* findKernel(const GraphConfigNode& root, const std::string
 int appendKernels(const IGraphConfig& programGroup, KernelInfos& kernels)
 {
     const GraphConfigNode* const group = asNode(&programGroup);
+    if (group == nullptr) return StatusBadArgument;
     int status = StatusOk;
-    if (group == nullptr) return status;
     forEachKernel(*group, [&](const GraphConfigNode& kernel) {
         ZmtTevSimUtils::KernelInfo info;
         status = readText(kernel, NUXO_KEY_NAME, info.name);
@@ -112,14 +110,27 @@ int applyOverrides(GraphConfigNode& graph, GraphConfigNode& nodes)
     }
 }
 
+// Nodes in the order in which they were found, each once.
+class Groups {
+public:
+    void add(GraphConfigNode& group)
+    {
+        if (mKnown.insert(&group).second) mOrder.push_back(&group);
+    }
+    const std::vector<GraphConfigNode*>& inOrder() const { return mOrder; }
+
+private:
+    std::vector<GraphConfigNode*> mOrder;
+    std::set<const GraphConfigNode*> mKnown;
+};
+
 // An end that leads to no program group is skipped.
 void addGroupAt(const GraphConfigNode& nodes, const std::string& end, Groups& groups)
 {
     const IGraphConfig* const item = descendantAt(nodes, end);
     GraphConfigNode* const group = item == nullptr ? nullptr : asNode(item->getAncestor());
     const std::string* const type = group == nullptr ? nullptr : findText(*group, NUXO_KEY_TYPE);
-    if (type == nullptr || ItemUID::str2key(*type) != NUXO_KEY_PROGRAM_GROUP) return;
-    if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
+    if (type != nullptr && ItemUID::str2key(*type) == NUXO_KEY_PROGRAM_GROUP) groups.add(*group);
 }
 
 int addGroupsOf(const GraphConfigNode& connection, const GraphConfigNode& nodes, Groups& groups)
@@ -135,20 +146,23 @@ int addGroupsOf(const GraphConfigNode& connection, const GraphConfigNode& nodes,
     return StatusOk;
 }
 
-// The program groups of a graph in the order in which its connections name them.
+// The program groups of a graph in the order in which its connections name them. May throw std::bad_alloc.
 int collectGroups(const IGraphConfig* descriptor, int graphId, Groups& groups)
 {
-    const GraphConfigNode* const root = rootNode(descriptor);
-    const GraphConfigNode* const graphs = root == nullptr ? nullptr : findChild(*root, NUXO_KEY_GRAPHS);
-    if (graphs == nullptr) {
+    const IGraphConfig* const root = descriptor == nullptr ? nullptr : descriptor->getRoot();
+    IGraphConfig* const graphsNode = root == nullptr ? nullptr : root->getDescendant(NUXO_KEY_GRAPHS);
+    if (graphsNode == nullptr) {
         SIM_ERROR("No Graphs found from input GDF node");
         return StatusBadArgument;
     }
-    GraphConfigNode* const nodes = findChild(*root, NUXO_KEY_NODES);
-    if (nodes == nullptr) {
+    IGraphConfig* const nodesNode = root->getDescendant(NUXO_KEY_NODES);
+    if (nodesNode == nullptr) {
         SIM_ERROR("No Nodes found from input GDF node");
         return StatusBadArgument;
     }
+    const GraphConfigNode* const graphs = asNode(graphsNode);
+    GraphConfigNode* const nodes = asNode(nodesNode);
+    if (graphs == nullptr || nodes == nullptr) return StatusBadArgument; // foreign, so they cannot be edited
     GraphConfigNode* graph = nullptr;
     int status = findGraph(*graphs, graphId, graph);
     if (status == StatusOk) status = applyOverrides(*graph, *nodes);
@@ -164,8 +178,12 @@ int forceValue(GraphConfigNode* node, uint32_t key, int value)
 {
     if (node == nullptr) return StatusBadArgument;
     GraphConfigAttribute* const attribute = findItem(*node, key);
-    // Straight into the attribute: what is forced is not subject to options lists.
-    if (attribute != nullptr) return attribute->setValue(value);
+    if (attribute != nullptr) {
+        // Straight into the attribute: what is forced is not subject to options lists, and stands in no document.
+        const int status = attribute->setValue(value);
+        if (status == StatusOk) setPositionOf(*node, key, {});
+        return status;
+    }
     TreeAccess::adoptItem(*node, std::make_unique<GraphConfigIntAttribute>(value), key, {});
     SIM_ERROR("added new attr");
     return StatusOk;
@@ -203,7 +221,7 @@ int readSwitches(const IGraphConfig& stage, const Switch& kind, std::map<std::st
 const char* stageTypeOf(const IGraphConfig& graph)
 {
     std::string version;
-    if (graph.getValue(ItemUID({NUXO_KEY_GRAPH, NUXO_KEY_VERSION}), version) == StatusNoMemory) throw std::bad_alloc();
+    static_cast<void>(readText(graph, ItemUID({NUXO_KEY_GRAPH, NUXO_KEY_VERSION}), version)); // absent: none
     return version.find("KVA7") == std::string::npos ? kTypeProgramGroup : kTypeComputeBlock;
 }
 
@@ -242,12 +260,13 @@ int ZmtTevSimUtils::getKernelList(const IGraphConfig* descriptor, int graphId, i
 {
     return unlessNoMemory<int>(StatusNoMemory, [&] {
         Groups groups;
-        const int status = collectGroups(descriptor, graphId, groups);
+        const int status =
+            unlessNoMemory<int>(StatusNoMemory, [&] { return collectGroups(descriptor, graphId, groups); });
         if (status != StatusOk) {
             SIM_ERROR("Error retrieving pg from graph info!");
             return status;
         }
-        for (const GraphConfigNode* const group : groups) {
+        for (const GraphConfigNode* const group : groups.inOrder()) {
             int32_t stream = 0;
             if (!findInteger(*group, NUXO_KEY_STREAM_ID, stream) || stream != streamId) continue;
             static_cast<void>(appendKernels(*group, kernels)); // what is readable counts
@@ -261,7 +280,7 @@ int ZmtTevSimUtils::getPgsInGraph(const IGraphConfig* descriptor, int graphId, s
     return unlessNoMemory<int>(StatusNoMemory, [&] {
         Groups groups;
         const int status = collectGroups(descriptor, graphId, groups);
-        programGroups.insert(groups.begin(), groups.end());
+        programGroups.insert(groups.inOrder().begin(), groups.inOrder().end());
         return status;
     });
 }

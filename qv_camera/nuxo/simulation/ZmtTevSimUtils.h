@@ -36,8 +36,8 @@ public:
     ///         null; StatusNoMemory
     static int getKernelPalUuid(const IGraphConfig* descriptor, const std::string& kernelName, int& palUuid);
 
-    /// The kernels of the program groups of one graph of the descriptor that belong to one stream. Applies the graph's
-    /// overrides to the descriptor, as getPgsInGraph does.
+    /// The kernels of the program groups of one graph of the descriptor that belong to one stream: group after group in the
+    /// order in which the graph's connections name them. Applies the graph's overrides, as getPgsInGraph does.
     ///
     /// @return StatusOk, also when a kernel lacks `name` or `pal_uuid` (the rest of its group is then left out); the status
     ///         of getPgsInGraph; StatusNoMemory
@@ -48,22 +48,24 @@ public:
     /// descriptor's nodes, although it takes the descriptor as const. Ends of connections that do not resolve are skipped.
     ///
     /// @return StatusOk; StatusBadArgument without `graphs` or `nodes` or for null; StatusBadState when a graph has no
-    ///         `id`; StatusNotFound without the graph; the status of a failing override; the read status of a connection
-    ///         without `source` or `sink`; StatusNoMemory
+    ///         `id`; StatusNotFound without the graph; the status of a failing override, StatusBadArgument for one
+    ///         that gives an integer a text; the read status of a connection without `source` or `sink`;
+    ///         StatusNoMemory
     static int getPgsInGraph(const IGraphConfig* descriptor, int graphId, std::set<IGraphConfig*>& programGroups);
 
-    /// The kernels of one program group, in order.
+    /// The kernels below one program group, at any depth, in order.
     ///
-    /// @return StatusOk; the status of reading a `name` or `pal_uuid`, with the kernels before it appended; StatusNoMemory
+    /// @return StatusOk; the status of reading a `name` or `pal_uuid`, with the kernels before it appended;
+    ///         StatusBadArgument for a foreign implementation of the interface; StatusNoMemory
     static int getKernelInfoList(const IGraphConfig& programGroup, std::vector<KernelInfo>& kernels);
 
     /// Sets an integer attribute whatever options lists say; creates it when the node has none.
     ///
-    /// @return StatusOk; StatusBadArgument when @p node is null; the status of the item when @p key names a text or a node;
-    ///         StatusNoMemory
+    /// @return StatusOk; StatusBadArgument when @p node is null or a foreign implementation of the interface; the status
+    ///         of the item when @p key names a text or a node; StatusNoMemory
     static int setValue(IGraphConfig* node, unsigned int key, int value);
 
-    /// The active output of each demux and the active input of each mux of one stream, by the node's name.
+    /// The active output of each demux and the active input of each mux directly below one stream's node, by their names.
     ///
     /// The stream is the first program group (in generation 7 compute block) whose `stream_id` is @p streamId; without one
     /// the result is StatusOk and nothing is added.

@@ -8,11 +8,24 @@
 
 namespace NUXO {
 
-int32_t readText(const IGraphConfig& node, uint32_t key, std::string& text)
+namespace {
+
+int32_t unlessExhausted(int32_t status)
 {
-    const int32_t status = node.getValue(key, text);
     if (status == StatusNoMemory) throw std::bad_alloc();
     return status;
+}
+
+} // namespace
+
+int32_t readText(const IGraphConfig& node, uint32_t key, std::string& text)
+{
+    return unlessExhausted(node.getValue(key, text));
+}
+
+int32_t readText(const IGraphConfig& node, const ItemUID& path, std::string& text)
+{
+    return unlessExhausted(node.getValue(path, text));
 }
 
 bool fetch(const IGraphConfig& node, uint32_t key, std::string& text)
@@ -28,7 +41,8 @@ bool fetch(const IGraphConfig& node, uint32_t key, int& value)
 std::string textOr(const IGraphConfig* node, uint32_t key, const char* fallback)
 {
     std::string text;
-    return node != nullptr && fetch(*node, key, text) ? text : fallback;
+    if (node == nullptr || !fetch(*node, key, text)) text = fallback;
+    return text;
 }
 
 int integerOr(const IGraphConfig* node, uint32_t key, int fallback)
@@ -43,10 +57,17 @@ IGraphConfig* descendantAt(const IGraphConfig& node, const std::string& path, Ke
     return own != nullptr ? followPath(*own, path, keys) : node.getDescendantByString(path);
 }
 
+std::string filedName(const IGraphConfig& node)
+{
+    const GraphConfigNode* const own = asNode(&node);
+    return own != nullptr ? nameOf(*own) : node.getName();
+}
+
 std::string nameOrFiledName(const IGraphConfig& node)
 {
     std::string name;
-    return fetch(node, NUXO_KEY_NAME, name) ? name : node.getName();
+    if (!fetch(node, NUXO_KEY_NAME, name)) name = filedName(node);
+    return name;
 }
 
 } // namespace NUXO

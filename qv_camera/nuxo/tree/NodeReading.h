@@ -16,12 +16,13 @@ namespace NUXO {
 /// Reads a text attribute. Unlike IGraphConfig::getValue it lets std::bad_alloc out, so that a text which memory cannot
 /// hold does not count as missing.
 int32_t readText(const IGraphConfig& node, uint32_t key, std::string& text);
+int32_t readText(const IGraphConfig& node, const ItemUID& path, std::string& text);
 
 /// Whether there is an attribute of this kind, which is then in the output. Lets std::bad_alloc out, too.
 bool fetch(const IGraphConfig& node, uint32_t key, std::string& text);
 bool fetch(const IGraphConfig& node, uint32_t key, int& value);
 
-/// The attribute, or @p fallback when @p node is null or lacks it.
+/// The attribute, or @p fallback when @p node is null or lacks it. The text may throw std::bad_alloc.
 std::string textOr(const IGraphConfig* node, uint32_t key, const char* fallback);
 int integerOr(const IGraphConfig* node, uint32_t key, int fallback);
 
@@ -30,7 +31,10 @@ int integerOr(const IGraphConfig* node, uint32_t key, int fallback);
 /// @param keys  where to look names up, null for the vocabulary itself
 IGraphConfig* descendantAt(const IGraphConfig& node, const std::string& path, KeyCache* keys = nullptr);
 
-/// The `name`, or else the name under which the parent files the node.
+/// What IGraphConfig::getName gives, but lets std::bad_alloc out.
+std::string filedName(const IGraphConfig& node);
+
+/// The `name`, or else the name under which the parent files the node. May throw std::bad_alloc.
 std::string nameOrFiledName(const IGraphConfig& node);
 
 /// Calls @p visit for each child whose `type` is @p type, in order, until it returns false. The visitor must not add or
