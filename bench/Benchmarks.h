@@ -40,6 +40,8 @@ void addParseBenchmarks(Context& context);
 void addTreeBenchmarks(Context& context);
 void addQueryBenchmarks(Context& context);
 void addConstructionBenchmarks(Context& context);
+void addFormatBenchmarks(Context& context);
+void addPortBenchmarks(Context& context);
 void addGrowthBenchmark(Context& context);
 
 } // namespace bench

@@ -29,6 +29,7 @@ struct Side {
 struct Comparison {
     double ratio = 0;     ///< median of the ratios, ours to the reference's, of samples taken next to each other
     double ours = 0;      ///< median seconds of one run
+    double fastest = 0;   ///< seconds of our fastest run, which others on the machine disturbed least
     double reference = 0; ///< median seconds of one run of the reference
 };
 

@@ -52,11 +52,7 @@ NUXO::IGraphConfig& RequestTrees::find(int settingsKey)
 
 Tree RequestTrees::build(NUXO::IGraphConfig& setting)
 {
-    NUXO::IGraphConfig* root = nullptr;
-    const int status = mManager.createGraph(&setting, &root);
-    Tree graph(root);
-    if (status != StatusOk) throw std::runtime_error("a graph cannot be built");
-    return graph;
+    return buildGraph(mManager, setting);
 }
 
 void checkGraph(const NUXO::IGraphConfig& graph, int settingsKey)

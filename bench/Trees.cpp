@@ -31,4 +31,13 @@ Tree parseText(std::string& text)
     return checked(root);
 }
 
+Tree buildGraph(NUXO::GraphQueryManager& manager, NUXO::IGraphConfig& setting)
+{
+    NUXO::IGraphConfig* root = nullptr;
+    const int status = manager.createGraph(&setting, &root);
+    Tree graph(root);
+    if (status != StatusOk) throw std::runtime_error("a graph cannot be built");
+    return graph;
+}
+
 } // namespace bench

@@ -15,6 +15,9 @@ using Tree = std::unique_ptr<NUXO::IGraphConfig>;
 Tree parseFile(const std::string& path);
 Tree parseText(std::string& text);
 
+/// Throws std::runtime_error when that fails.
+Tree buildGraph(NUXO::GraphQueryManager& manager, NUXO::IGraphConfig& setting);
+
 } // namespace bench
 
 #endif

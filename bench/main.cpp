@@ -19,6 +19,8 @@ bool measureAll()
     bench::addTreeBenchmarks(context);
     bench::addQueryBenchmarks(context);
     bench::addConstructionBenchmarks(context);
+    bench::addFormatBenchmarks(context);
+    bench::addPortBenchmarks(context);
     bench::addGrowthBenchmark(context);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

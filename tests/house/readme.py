@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""readme.py README PROGRAM NUXO [--write]: what the README shows is what there is.
+"""readme.py DOCUMENT PROGRAM TOOL [--write]: what a document shows is what there is.
 
-Its C++ block is the example program as the tests compile and run it, and its console blocks hold what their commands
-print. Commands run in the README's folder with NUXO first in the search path.
+Its C++ blocks show the example program as the tests compile and run it: all of it, or the function whose name follows
+`cpp` on the opening line, with the comment above it. Its console blocks hold what their commands print. Commands run in
+the folder that holds both document and program, with the folder of TOOL first in the search path.
 """
 import os
 import re
@@ -10,12 +11,21 @@ import subprocess
 
 import tools
 
-BLOCK = re.compile(r"^```(cpp|console)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+BLOCK = re.compile(r"^```(cpp|console)(?: (\w+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
 
-def session(text, folder, nuxo):
+def function(name, source, program):
+    """The definition of a function: its signature and its braces start lines, what is inside does not."""
+    definition = re.compile(rf"^(?://.*\n)*\w.*\b{name}\(.*\n(?: .*\n)*\{{\n(?:.*\n)*?\}}\n", re.MULTILINE)
+    found = definition.search(source)
+    if found is None:
+        raise tools.ToolFailed(f"{program} has no function {name}")
+    return found.group()
+
+
+def session(text, folder, tool):
     """The block with the output of its commands made anew; standard error follows standard output."""
-    environment = dict(os.environ, PATH=os.path.dirname(nuxo) + os.pathsep + os.environ.get("PATH", ""), LC_ALL="C",
+    environment = dict(os.environ, PATH=os.path.dirname(tool) + os.pathsep + os.environ.get("PATH", ""), LC_ALL="C",
                        NO_COLOR="1")
     lines = []
     for command in re.findall(r"^\$ (.*)$", text, re.MULTILINE):
@@ -28,28 +38,32 @@ def session(text, folder, nuxo):
 
 
 def check(arguments):
-    readme, program, nuxo = arguments[:3]
+    document, program, tool = arguments[:3]
     with open(program, encoding="utf-8") as text:
         source = text.read()
-    with open(readme, encoding="utf-8") as text:
+    with open(document, encoding="utf-8") as text:
         found = text.read()
-    shown = {kind for kind, _ in BLOCK.findall(found)}
+    shown = {kind for kind, _, _ in BLOCK.findall(found)}
     if shown != {"cpp", "console"}:
-        return [f"{readme}: a C++ block and a console block are expected"]
-    if not os.access(nuxo, os.X_OK):
-        raise tools.ToolFailed(f"{nuxo} cannot be run")
+        return [f"{document}: a C++ block and a console block are expected"]
+    if not os.access(tool, os.X_OK):
+        raise tools.ToolFailed(f"{tool} cannot be run")
+    folder = os.path.commonpath([os.path.dirname(os.path.abspath(path)) for path in (document, program)])
 
     def expected(block):
-        kind, text = block.groups()
-        content = source if kind == "cpp" else session(text, os.path.dirname(os.path.abspath(readme)), nuxo)
-        return f"```{kind}\n{content}```"
+        kind, name, text = block.groups()
+        if kind == "console":
+            content = session(text, folder, tool)
+        else:
+            content = function(name, source, program) if name else source
+        return f"```{' '.join(filter(None, (kind, name)))}\n{content}```"
 
     wanted = BLOCK.sub(expected, found)
     if "--write" in arguments:
-        with open(readme, "w", encoding="utf-8") as out:
+        with open(document, "w", encoding="utf-8") as out:
             out.write(wanted)
         return []
-    complaints = tools.difference(found, wanted, "README", "what there is")
+    complaints = tools.difference(found, wanted, os.path.basename(document), "what there is")
     return complaints + ["If the change is meant: ./dev readme"] if complaints else []
 
 

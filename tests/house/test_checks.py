@@ -130,6 +130,21 @@ class Checks(unittest.TestCase):
         self.write("README.md", cpp)
         self.assert_fails("are expected", "readme.py", readme, program, nuxo)
 
+    def test_readme_compares_functions_of_the_program(self):
+        first = "// Says one.\nint first(int a,\n          int b)\n{\n    if (a) {\n    }\n}\n"
+        program = self.write("examples/program.cpp", first + "\nint second()\n{\n    return first();\n}\n")
+        tool = self.write("bin/program", "#!/bin/sh\nls\n")
+        os.chmod(tool, 0o755)
+        console = "```console\n$ program\nbin\ndocs\nexamples\n```\n"
+        document = self.write("docs/use.md", "```cpp first\n" + first + "```\n" + console)
+        self.assert_passes("readme.py", document, program, tool)
+        self.write("docs/use.md", "```cpp second\n" + first + "```\n" + console)
+        self.assert_fails("+    return first();", "readme.py", document, program, tool)
+        self.assert_passes("readme.py", document, program, tool, "--write")
+        self.assert_passes("readme.py", document, program, tool)
+        self.write("docs/use.md", "```cpp third\n" + first + "```\n" + console)
+        self.assert_fails("no function third", "readme.py", document, program, tool)
+
     def test_headers_names_those_that_do_not_stand_alone(self):
         self.assert_fails("no header found", "headers.py", CC, CXX, self.root)
         self.write("qv_tools/good.h", "#ifndef GOOD_H\n#define GOOD_H\nint good(void);\n#endif\n")
