@@ -17,12 +17,19 @@ protected:
 
 TEST_F(ArgumentsTest, NoVerbIsAUsageError)
 {
-    expectUsageError({}, "no verb; expected dump, query or build");
+    expectUsageError({}, "no verb; expected dump, query, build, ports, contexts, frame-params or formats\n");
 }
 
 TEST_F(ArgumentsTest, UnknownVerbIsAUsageError)
 {
-    expectUsageError({"paint", "settings.xml"}, "unknown verb 'paint'; expected dump, query or build");
+    expectUsageError({"paint", "settings.xml"},
+                     "unknown verb 'paint'; expected dump, query, build, ports, contexts, frame-params or formats\n");
+}
+
+TEST_F(ArgumentsTest, VerbThatIsNearlyOneGetsASuggestion)
+{
+    expectUsageError({"port", "descriptor.xml", "settings.xml"}, "or formats; did you mean 'ports'?\n");
+    expectUsageError({"Context"}, "or formats; did you mean 'contexts'?\n");
 }
 
 TEST_F(ArgumentsTest, UnknownOptionIsAUsageError)
@@ -45,6 +52,10 @@ TEST_F(ArgumentsTest, OnlyBuildDrawsDot)
 {
     expectUsageError({"dump", "settings.xml", "--format", "dot"}, "dot");
     expectUsageError({"query", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
+    expectUsageError({"ports", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
+    expectUsageError({"contexts", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
+    expectUsageError({"frame-params", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
+    expectUsageError({"formats", "--format", "dot"}, "dot");
 }
 
 TEST_F(ArgumentsTest, KeyMustBeANumber)
@@ -58,6 +69,22 @@ TEST_F(ArgumentsTest, DrawingHasNoOrigins)
 {
     expectUsageError({"build", "descriptor.xml", "settings.xml", "--key", "1", "--format", "dot", "--origin"},
                      "--origin");
+}
+
+TEST_F(ArgumentsTest, SizesNeedAFormatAndEachOther)
+{
+    expectUsageError({"formats", "--width", "640"}, "NAME");
+    expectUsageError({"formats", "NV12", "--height", "480"}, "expected --width or --bpl as well");
+    expectUsageError({"formats", "NV12", "--bpl", "640"}, "expected --height as well");
+}
+
+TEST_F(ArgumentsTest, SizesArePositiveNumbersOf32Bits)
+{
+    for (const char* const option : {"--width", "--height", "--bpl"}) {
+        for (const char* const value : {"0", "-1", "4294967296", "wide", ""}) {
+            expectUsageError({"formats", "NV12", option, value}, option);
+        }
+    }
 }
 
 TEST_F(ArgumentsTest, UnknownColourChoiceIsAUsageError)
@@ -77,7 +104,8 @@ TEST_F(ArgumentsTest, MainHelpHasVerbsExamplesAndExitCodes)
 {
     const ToolRun result = run({"--help"});
     EXPECT_EQ(result.exitCode, 0);
-    for (const char* const text : {"dump", "query", "build", "Examples:", "Exit codes:", "--color", "--verbose"}) {
+    for (const char* const text : {"dump", "query", "build", "ports", "contexts", "frame-params", "formats",
+                                   "Examples:", "Exit codes:", "--color", "--verbose"}) {
         EXPECT_NE(result.out.find(text), std::string::npos) << text << " in\n" << result.out;
     }
     EXPECT_EQ(result.err, "");
@@ -85,7 +113,7 @@ TEST_F(ArgumentsTest, MainHelpHasVerbsExamplesAndExitCodes)
 
 TEST_F(ArgumentsTest, EveryVerbHasHelpWithExamplesAndExitCodes)
 {
-    for (const std::string verb : {"dump", "query", "build"}) {
+    for (const std::string verb : {"dump", "query", "build", "ports", "contexts", "frame-params", "formats"}) {
         const ToolRun result = run({verb, "--help"});
         EXPECT_EQ(result.exitCode, 0);
         for (const std::string& text :

@@ -76,6 +76,20 @@ TEST_F(OutputTest, EnvironmentAddsLogClasses)
     EXPECT_EQ(run({"dump", "settings.xml"}, {{"camera_css_debug", "4"}}).err, "");
 }
 
+TEST_F(OutputTest, StepsOfTheBufferGeometryAreShownButNoFindings)
+{
+    const std::vector<std::string> format = {"formats", "CN12", "--width", "1920", "--height", "1080"};
+    const ToolRun quiet = run(format);
+    EXPECT_EQ(quiet.exitCode, 0);
+    EXPECT_EQ(quiet.err, "");
+    std::vector<std::string> verbose = format;
+    verbose.emplace_back("-v");
+    const ToolRun result = run(verbose);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.err.find("log[error] QV_DEC400_UTIL_WRAPPER[XOS]:"), std::string::npos) << result.err;
+    EXPECT_EQ(result.out, quiet.out);
+}
+
 TEST_F(OutputTest, EveryRunWritesTheSameBytes)
 {
     const std::vector<std::vector<std::string>> commands = {
@@ -88,6 +102,15 @@ TEST_F(OutputTest, EveryRunWritesTheSameBytes)
         {"build", "descriptor.xml", "settings.xml", "--key", "1", "--origin", "--format", "json"},
         {"build", "descriptor.xml", "settings.xml", "--key", "1", "--format", "dot"},
         {"build", "descriptor.xml", "settings.xml", "--key", "6", "-v"},
+        {"ports", "questions.xml", "questions_settings.xml", "--key", "2", "-v"},
+        {"ports", "questions.xml", "questions_settings.xml", "--key", "2", "--format", "json"},
+        {"contexts", "questions.xml", "questions_settings.xml", "--key", "1", "-v"},
+        {"contexts", "questions.xml", "questions_settings.xml", "--key", "1", "--format", "json"},
+        {"frame-params", "questions.xml", "questions_settings.xml", "--key", "1", "-v"},
+        {"frame-params", "questions.xml", "questions_settings.xml", "--key", "1", "--format", "json"},
+        {"formats"},
+        {"formats", "--format", "json"},
+        {"formats", "CN12", "--width", "1920", "--height", "1080", "-v"},
     };
     for (const auto& command : commands) {
         const ToolRun first = run(command);

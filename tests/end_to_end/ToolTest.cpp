@@ -163,6 +163,13 @@ std::string ToolTest::read(const std::string& name) const
     return contentOf(path(name));
 }
 
+void ToolTest::addExample(const std::string& generation) const
+{
+    for (const char* const part : {"_descriptor.xml", "_settings.xml"}) {
+        std::filesystem::copy(std::string(NUXO_SOURCE_DIR) + "/examples/" + generation + part, mDirectory);
+    }
+}
+
 void expectGolden(const std::string& actual, const std::string& name)
 {
     const std::string golden = kHere + "golden/" + name;

@@ -35,6 +35,8 @@ protected:
     void write(const std::string& name, const std::string& content) const;
     void writeCompressed(const std::string& name, const std::string& content) const;
     std::string read(const std::string& name) const;
+    /// Puts the example files of a generation, "kva5" for example, beside the fixtures.
+    void addExample(const std::string& generation) const;
 
 private:
     std::string mDirectory;

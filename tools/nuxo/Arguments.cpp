@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Arguments.h"
 
+#include "Suggestion.h"
+
 #include <qv_cipr/qv_log_common.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <iterator>
+#include <limits>
 #include <map>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 namespace NuxoTool {
 
@@ -15,8 +21,8 @@ namespace {
 
 constexpr const char* kExitCodes = R"help(Exit codes:
   0  done
-  1  findings: a malformed file, no or more than one setting, a graph that cannot be built
-  2  usage: a bad option or criterion; also a criterion with a name that no file or vocabulary has
+  1  findings: a malformed file, no or more than one setting, a graph that cannot be built, an error of the library
+  2  usage: a bad option or criterion, an unknown format; also a name that no file or vocabulary has
   3  a file cannot be read, or output cannot be written
   4  internal error)help";
 
@@ -25,6 +31,8 @@ constexpr const char* kMainFooter = R"help(Examples:
   nuxo query descriptor.xml settings.xml img_sink:width=1920 img_sink:height=1080
   nuxo build descriptor.xml settings.xml --key 10001
   nuxo build descriptor.xml settings.xml --key 10001 --format dot | dot -Tsvg -o graph.svg
+  nuxo ports descriptor.xml settings.xml --key 10001
+  nuxo formats NV12 --width 1920 --height 1080
 
 -v and --color may follow the verb as well. Data goes to standard output, findings to standard error as
   file:line:column: error[rule]: what was found; what was expected
@@ -58,6 +66,51 @@ Examples:
   nuxo build descriptor.xml settings.xml img_sink:width=1920 img_sink:format=NV12 --origin
   nuxo build descriptor.xml settings.xml --key 10001 --format json
   nuxo build descriptor.xml settings.xml --key 10001 --format dot | dot -Tpng -o graph.png
+)help";
+
+constexpr const char* kPortsFooter =
+    R"help(One line a port of the built graph, in the order of the graph; a virtual sink is a port by itself. The setting
+is chosen as for nuxo build. "-" marks what does not apply: disabled and private ports have no peer, statistics no size.
+  ENABLED   yes, no, or private: internal to its node
+  PEER      the other end; the library follows the first when there are several
+  EDGE      whether the connection leaves the execution context, of graphs without any the stream; "-" when one end
+            is in neither
+  STRIDE    bytes from line to line, BUFFER: bytes of one frame
+  TERMINAL  the terminal's identifier, stage and port together
+
+Examples:
+  nuxo ports descriptor.xml settings.xml --key 10001
+  nuxo ports descriptor.xml settings.xml img_sink:width=1920 --format json
+)help";
+
+constexpr const char* kContextsFooter =
+    R"help(Three tables: the program groups (from generation 7 on: compute blocks) and external stages of each execution
+context with its tuning mode; the connections that cross contexts; the boundary ports, through which each context is
+connected to others or to nothing. Graphs without execution contexts are told apart by stream instead.
+
+Examples:
+  nuxo contexts descriptor.xml settings.xml --key 10001
+  nuxo contexts descriptor.xml settings.xml --key 10001 --format json
+)help";
+
+constexpr const char* kFrameParamsFooter =
+    R"help(The frame that statistics refer to, as the 3A library is told: where the image lies in the sensor's pixel array,
+how large it is there, and by which fractions it was scaled. With --port the frame of one port instead.
+
+Examples:
+  nuxo frame-params descriptor.xml settings.xml --key 10001
+  nuxo frame-params descriptor.xml settings.xml --key 10001 --port video_pg:main_out
+)help";
+
+constexpr const char* kFormatsFooter =
+    R"help(Without a name the table of all formats. A format is named as in graph files or by its four-character code, in
+exactly these letters. Strides are those that the hardware expects for the width; --bpl gives another one. Compressed
+formats have a tile-status table for each plane behind the image.
+
+Examples:
+  nuxo formats
+  nuxo formats YUV420_8_SP --width 1920 --height 1080
+  nuxo formats CN12 --bpl 2048 --height 1080 --format json
 )help";
 
 const std::map<std::string, Format> kTreeFormats = {{"text", Format::Text}, {"json", Format::Json}};
@@ -99,6 +152,32 @@ void addPair(CLI::App& verb, Arguments& arguments)
     verb.add_option("CRITERIA", arguments.criteria, "path=value, for example img_sink:width=1920")->type_name("");
 }
 
+// The files and what selects one setting.
+void addSetting(CLI::App& verb, Arguments& arguments)
+{
+    addPair(verb, arguments);
+    verb.add_option("--key", arguments.key, "Key of the setting")->type_name("N");
+}
+
+void addOrigin(CLI::App& verb, Arguments& arguments)
+{
+    verb.add_flag("--origin", arguments.origin, "Say which file:line:column gave each value");
+}
+
+void addFormatQuestion(CLI::App& verb, Arguments& arguments)
+{
+    CLI::Option* const name = verb.add_option("NAME", arguments.formatName, "Name or code of a format")->type_name("");
+    const auto addNumber = [&verb, name](const char* option, std::optional<uint32_t>& number, const char* description) {
+        verb.add_option(option, number, description)
+            ->check(CLI::Range(uint32_t{1}, std::numeric_limits<uint32_t>::max()))
+            ->needs(name)
+            ->type_name("N");
+    };
+    addNumber("--width", arguments.width, "Width in pixels: tells the stride");
+    addNumber("--height", arguments.height, "Height in lines: tells the buffer's size");
+    addNumber("--bpl", arguments.stride, "Bytes per line instead of the format's own");
+}
+
 void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
 {
     app.add_flag("-v,--verbose", arguments.verbose, "Show the library's log lines with their class");
@@ -111,7 +190,7 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
     CLI::App* const dump = addVerb(app, "dump", "Show the tree of a graph file", kDumpFooter);
     dump->add_option("FILE", arguments.file, "Graph file (.xml or .gz)")->required()->type_name("");
     addFormat(*dump, format, kTreeFormats);
-    dump->add_flag("--origin", arguments.origin, "Say which file:line:column gave each value");
+    addOrigin(*dump, arguments);
 
     CLI::App* const query = addVerb(app, "query", "List the settings that match", kQueryFooter);
     addPair(*query, arguments);
@@ -119,16 +198,62 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
     addFormat(*query, format, kTreeFormats);
 
     CLI::App* const build = addVerb(app, "build", "Build the graph of one setting", kBuildFooter);
-    addPair(*build, arguments);
-    build->add_option("--key", arguments.key, "Key of the setting")->type_name("N");
+    addSetting(*build, arguments);
     addFormat(*build, format, kGraphFormats);
-    build->add_flag("--origin", arguments.origin, "Say which file:line:column gave each value");
+    addOrigin(*build, arguments);
+
+    CLI::App* const ports = addVerb(app, "ports", "List the ports of the graph of one setting", kPortsFooter);
+    addSetting(*ports, arguments);
+    addFormat(*ports, format, kTreeFormats);
+
+    CLI::App* const contexts = addVerb(app, "contexts", "Show how the graph falls into contexts", kContextsFooter);
+    addSetting(*contexts, arguments);
+    addFormat(*contexts, format, kTreeFormats);
+
+    CLI::App* const frameParams = addVerb(app, "frame-params", "Tell the 3A library's frame", kFrameParamsFooter);
+    addSetting(*frameParams, arguments);
+    frameParams->add_option("--port", arguments.port, "A port, for example video_pg:main_out")->type_name("PATH");
+    addFormat(*frameParams, format, kTreeFormats);
+
+    CLI::App* const formats = addVerb(app, "formats", "Show pixel formats, strides and sizes", kFormatsFooter);
+    addFormatQuestion(*formats, arguments);
+    addFormat(*formats, format, kTreeFormats);
 }
+
+constexpr std::pair<const char*, Verb> kVerbs[] = {
+    {"dump", Verb::Dump},       {"query", Verb::Query},       {"build", Verb::Build},
+    {"ports", Verb::Ports},     {"contexts", Verb::Contexts}, {"frame-params", Verb::FrameParams},
+    {"formats", Verb::Formats},
+};
 
 Verb chosenVerb(const CLI::App& app)
 {
-    if (app.got_subcommand("query")) return Verb::Query;
-    return app.got_subcommand("build") ? Verb::Build : Verb::Dump;
+    const auto chosen = std::find_if(std::begin(kVerbs), std::end(kVerbs),
+                                     [&app](const auto& verb) { return app.got_subcommand(verb.first); });
+    return chosen->second; // the parser of arguments demands a verb
+}
+
+std::string verbsText()
+{
+    std::string text;
+    for (const auto& [name, verb] : kVerbs) {
+        const bool isLast = verb == std::end(kVerbs)[-1].second;
+        text += (text.empty() ? "" : isLast ? " or " : ", ") + std::string(name);
+    }
+    return text;
+}
+
+// Combinations of options that make no sense, "" when there is none.
+std::string contradiction(const Arguments& arguments)
+{
+    if (arguments.origin && arguments.format == Format::Dot) {
+        return "--origin cannot be combined with --format dot; expected text or json";
+    }
+    if (arguments.height && !arguments.width && !arguments.stride) {
+        return "--height alone tells no size; expected --width or --bpl as well";
+    }
+    if (arguments.stride && !arguments.height) return "--bpl alone tells no size; expected --height as well";
+    return "";
 }
 
 // What the parser of arguments objects to; it does not mention the word that stands in place of a verb.
@@ -136,9 +261,11 @@ std::string complaint(const CLI::App& app, const CLI::ParseError& error)
 {
     const std::vector<std::string> unused = app.remaining();
     if (!app.get_subcommands().empty()) return error.what();
-    if (unused.empty()) return "no verb; expected dump, query or build";
+    if (unused.empty()) return "no verb; expected " + verbsText();
     if (unused.front().compare(0, 1, "-") == 0) return "unknown option '" + unused.front() + "'; expected a verb";
-    return "unknown verb '" + unused.front() + "'; expected dump, query or build";
+    std::vector<std::string> names;
+    for (const auto& [name, verb] : kVerbs) names.emplace_back(name);
+    return "unknown verb '" + unused.front() + "'; expected " + verbsText() + suggestionFor(unused.front(), names);
 }
 
 } // namespace
@@ -157,11 +284,8 @@ ParsedArguments parseArguments(int argc, const char* const* argv)
         app.parse(argc, argv);
         arguments.verb = chosenVerb(app);
         arguments.format = kGraphFormats.at(format);
-        if (arguments.origin && arguments.format == Format::Dot) {
-            parsed.error = "--origin cannot be combined with --format dot; expected text or json";
-        } else {
-            parsed.arguments = arguments;
-        }
+        parsed.error = contradiction(arguments);
+        if (parsed.error.empty()) parsed.arguments = arguments;
     } catch (const CLI::ParseError& outcome) {
         std::ostringstream out;
         std::ostringstream unused;

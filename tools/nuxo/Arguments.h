@@ -9,7 +9,7 @@
 
 namespace NuxoTool {
 
-enum class Verb { Dump, Query, Build };
+enum class Verb { Dump, Query, Build, Ports, Contexts, FrameParams, Formats };
 enum class Format { Text, Json, Dot };
 
 /// What was asked for on the command line.
@@ -17,12 +17,17 @@ struct Arguments {
     Verb verb = Verb::Dump;
     Format format = Format::Text;
     std::string file;       ///< dump
-    std::string descriptor; ///< query, build
-    std::string settings;   ///< query, build
+    std::string descriptor; ///< all but dump and formats
+    std::string settings;   ///< likewise
     std::vector<std::string> criteria;
-    std::optional<int32_t> key; ///< build
-    bool any = false;           ///< query
-    bool origin = false;        ///< dump, build
+    std::optional<int32_t> key;            ///< verbs that build
+    bool any = false;                      ///< query
+    bool origin = false;                   ///< dump, build
+    std::optional<std::string> port;       ///< frame-params: path of a port, otherwise the sensor
+    std::optional<std::string> formatName; ///< formats: name or code, otherwise all
+    std::optional<uint32_t> width;
+    std::optional<uint32_t> height;
+    std::optional<uint32_t> stride;
     bool verbose = false;
     std::string colour = "auto";
 };

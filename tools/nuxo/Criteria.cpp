@@ -33,28 +33,6 @@ bool isDecimal(const std::string& text)
     return fits && std::to_string(value) == text;
 }
 
-// Reports every unknown name of the path.
-bool checkNames(const std::string& criterion, const std::string& path, Findings& findings)
-{
-    bool known = true;
-    for (size_t start = 0; start <= path.size();) {
-        const size_t end = std::min(path.find(':', start), path.size());
-        const std::string name = path.substr(start, end - start);
-        if (name.empty()) {
-            findings.usageError("bad-criterion", {criterion, start + 1, 1},
-                                "empty name in the path; expected names joined by ':'");
-            known = false;
-        } else if (ItemUID::str2key(name) == NUXO_KEY_NA) {
-            findings.usageError("unknown-name", {criterion, start + 1, name.size()},
-                                "'" + name + "' names no element or attribute; expected a name of the files" +
-                                    suggestionFor(name));
-            known = false;
-        }
-        start = end + 1;
-    }
-    return known;
-}
-
 void addCriterion(const std::string& criterion, Criteria& criteria, Findings& findings)
 {
     const size_t equals = criterion.find('=');
@@ -66,7 +44,7 @@ void addCriterion(const std::string& criterion, Criteria& criteria, Findings& fi
     }
     const std::string path = criterion.substr(0, equals);
     const std::string value = criterion.substr(equals + 1);
-    if (!checkNames(criterion, path, findings)) return;
+    if (!checkNames(criterion, path, "bad-criterion", findings)) return;
 
     const ItemUID uid(path);
     if (ItemUID::isInteger(uid.back()) && !isDecimal(value)) {
@@ -146,6 +124,26 @@ void reportNoMatch(Session& session, const NUXO::GraphConfigNode& settingsRoot, 
 }
 
 } // namespace
+
+bool checkNames(const std::string& argument, const std::string& path, const char* rule, Findings& findings)
+{
+    bool known = true;
+    for (size_t start = 0; start <= path.size();) {
+        const size_t end = std::min(path.find(':', start), path.size());
+        const std::string name = path.substr(start, end - start);
+        if (name.empty()) {
+            findings.usageError(rule, {argument, start + 1, 1}, "empty name in the path; expected names joined by ':'");
+            known = false;
+        } else if (ItemUID::str2key(name) == NUXO_KEY_NA) {
+            findings.usageError("unknown-name", {argument, start + 1, name.size()},
+                                "'" + name + "' names no element or attribute; expected a name of the files" +
+                                    suggestionFor(name));
+            known = false;
+        }
+        start = end + 1;
+    }
+    return known;
+}
 
 Criteria readCriteria(Session& session)
 {

@@ -18,6 +18,13 @@ struct Criteria {
     std::string text; ///< as typed, for messages
 };
 
+/// Reports every name of @p path, names joined by ':', that is empty or names no element or attribute of the files.
+///
+/// @param argument  the text of the command line that starts with the path
+/// @param rule      of findings about empty names
+/// @return          whether all names are known
+bool checkNames(const std::string& argument, const std::string& path, const char* rule, Findings& findings);
+
 /// The criteria of the command line, `--key` included. Everything wrong with them is reported as a usage error. Names are
 /// looked up in the vocabulary, so read the files first.
 Criteria readCriteria(Session& session);

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 extern "C" {
 QV_EXPORT void vsyslog(int priority, const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
@@ -28,6 +29,7 @@ constexpr int kWarningPriority = 4; // LOG_WARNING
 constexpr size_t kLineSize = 4096;
 constexpr size_t kShownBytes = 400;
 constexpr size_t kKeptLines = 300;
+constexpr std::string_view kGeometryTag = "QV_DEC400_UTIL_WRAPPER[XOS]";
 
 std::vector<LogLine> keptLines;
 bool shown = false;
@@ -48,6 +50,12 @@ std::string messageOf(const std::string& line)
     return message;
 }
 
+// The geometry of compressed buffers logs each step of a computation that goes well as an error.
+bool isGeometryStep(const std::string& line)
+{
+    return line.compare(0, kGeometryTag.size(), kGeometryTag) == 0;
+}
+
 const char* className(int priority)
 {
     if (priority == kErrorPriority) return "error";
@@ -65,7 +73,7 @@ __attribute__((format(printf, 2, 0))) void receive(int priority, const char* for
         const std::string text = printable(line.substr(0, kShownBytes));
         std::fprintf(stderr, "log[%s] %s\n", className(plainPriority), text.c_str());
     }
-    if (plainPriority > kWarningPriority || keptLines.size() >= kKeptLines) return;
+    if (plainPriority > kWarningPriority || keptLines.size() >= kKeptLines || isGeometryStep(line)) return;
     keptLines.push_back({plainPriority <= kErrorPriority, messageOf(line)});
 }
 

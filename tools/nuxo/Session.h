@@ -7,6 +7,7 @@
 
 #include <nuxo/parser/SourceLocator.h>
 
+#include <set>
 #include <string>
 
 namespace NuxoTool {
@@ -17,6 +18,8 @@ struct Session {
     Findings findings;
     NUXO::SourceLocator locator;
     std::string output; ///< data for standard output
+    /// Log lines of the library, each behind its subject, that are findings already or shall be none.
+    std::set<std::string> reportedLines;
 };
 
 } // namespace NuxoTool

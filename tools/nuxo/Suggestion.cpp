@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Suggestion.h"
 
+#include "Text.h"
+
 #include <nuxo/tree/NuxoKeys.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace NuxoTool {
@@ -48,25 +51,37 @@ size_t editDistance(const std::string& a, const std::string& b)
 
 } // namespace
 
-std::string closestName(const std::string& name)
+std::string closestOf(const std::string& name, const std::vector<std::string>& candidates)
 {
     if (name.empty() || name.size() > kLongestName) return "";
-    size_t best = std::max<size_t>(name.size() / 3, 1) + 1;
+    const size_t farthest = std::max<size_t>(name.size() / 3, 1);
+    std::pair<size_t, size_t> best = {farthest, kLongestName + 1}; // distance without and with regard to case
     std::string closest;
-    for (const auto& [candidate, key] : NUXO::nuxo_key_map) {
-        if (isMarker(candidate) || lengthDifference(candidate, name) >= best) continue;
-        const size_t distance = editDistance(name, candidate);
-        if (distance >= best) continue;
-        best = distance;
+    for (const std::string& candidate : candidates) {
+        if (lengthDifference(candidate, name) > best.first) continue;
+        const size_t distance = editDistance(lowerCase(name), lowerCase(candidate));
+        if (distance > best.first) continue;
+        const std::pair<size_t, size_t> both = {distance, editDistance(name, candidate)};
+        if (both >= best) continue;
+        best = both;
         closest = candidate;
     }
     return closest;
 }
 
+std::string suggestionFor(const std::string& name, const std::vector<std::string>& candidates)
+{
+    const std::string closest = closestOf(name, candidates);
+    return closest.empty() ? "" : "; did you mean '" + closest + "'?";
+}
+
 std::string suggestionFor(const std::string& name)
 {
-    const std::string closest = closestName(name);
-    return closest.empty() ? "" : "; did you mean '" + closest + "'?";
+    std::vector<std::string> names;
+    for (const auto& [candidate, key] : NUXO::nuxo_key_map) {
+        if (!isMarker(candidate)) names.push_back(candidate);
+    }
+    return suggestionFor(name, names);
 }
 
 } // namespace NuxoTool

@@ -3,14 +3,18 @@
 #define NUXO_TOOL_SUGGESTION_H
 
 #include <string>
+#include <vector>
 
 namespace NuxoTool {
 
-/// The name of the vocabulary that is closest to @p name, "" when none is close. Of equally close names the first in
-/// alphabetical order.
-std::string closestName(const std::string& name);
+/// The candidate that is closest to @p name, "" when none is close. Upper and lower case matter only between equally
+/// close ones, then the order.
+std::string closestOf(const std::string& name, const std::vector<std::string>& candidates);
 
-/// "; did you mean 'img_sink'?" for the closest name, "" when none is close.
+/// "; did you mean 'img_sink'?" for the closest candidate, "" when none is close.
+std::string suggestionFor(const std::string& name, const std::vector<std::string>& candidates);
+
+/// The same for the names of the vocabulary.
 std::string suggestionFor(const std::string& name);
 
 } // namespace NuxoTool

@@ -28,12 +28,17 @@ bool isWideControl(std::string_view text, size_t at, size_t length)
     return length == 2 && byteAt(text, at) == 0xc2U && byteAt(text, at + 1) < 0xa0U;
 }
 
-void appendHex(std::string& out, unsigned char byte)
+void appendHexDigits(std::string& out, unsigned byte)
 {
     constexpr char digits[] = "0123456789abcdef";
-    out += "\\x";
-    out += digits[byte >> 4U];
+    out += digits[byte >> 4U & 0xfU];
     out += digits[byte & 0xfU];
+}
+
+void appendHex(std::string& out, unsigned char byte)
+{
+    out += "\\x";
+    appendHexDigits(out, byte);
 }
 
 void appendEscaped(std::string& out, unsigned char byte)
@@ -134,6 +139,23 @@ std::string lowerCase(std::string_view text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
     return out;
+}
+
+std::string orDash(const std::string& text)
+{
+    return text.empty() ? "-" : text;
+}
+
+const char* yesOrNo(bool value)
+{
+    return value ? "yes" : "no";
+}
+
+std::string hexText(uint32_t number)
+{
+    std::string text = "0x";
+    for (const unsigned shift : {24U, 16U, 8U, 0U}) appendHexDigits(text, number >> shift);
+    return text;
 }
 
 Excerpt makeExcerpt(std::string_view line, size_t column, size_t length)

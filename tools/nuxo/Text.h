@@ -3,6 +3,8 @@
 #define NUXO_TOOL_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,6 +25,20 @@ std::string quoted(std::string_view text);
 
 /// @p text in ASCII lower case.
 std::string lowerCase(std::string_view text);
+
+/// @p text, or "-" for an empty one, which stands in tables for what does not apply.
+std::string orDash(const std::string& text);
+
+/// The number in decimal, "-" for none.
+template <typename Number> std::string orDash(const std::optional<Number>& number)
+{
+    return number ? std::to_string(*number) : "-";
+}
+
+const char* yesOrNo(bool value);
+
+/// Eight hexadecimal digits behind "0x".
+std::string hexText(uint32_t number);
 
 /// A line of a source and the column that matters in it, made fit to print: long lines are cut around the column.
 struct Excerpt {

@@ -20,6 +20,10 @@ void runVerb(Session& session)
     case NuxoTool::Verb::Dump: runDump(session); break;
     case NuxoTool::Verb::Query: runQuery(session); break;
     case NuxoTool::Verb::Build: runBuild(session); break;
+    case NuxoTool::Verb::Ports: runPorts(session); break;
+    case NuxoTool::Verb::Contexts: runContexts(session); break;
+    case NuxoTool::Verb::FrameParams: runFrameParams(session); break;
+    case NuxoTool::Verb::Formats: runFormats(session); break;
     }
 }
 

@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Criteria.h"
+#include "GraphRequest.h"
 #include "JsonRenderer.h"
-#include "Loading.h"
 #include "Origins.h"
 #include "Text.h"
+#include "TextTable.h"
 #include "TreeView.h"
 #include "verbs/Verbs.h"
 
 #include <nuxo/NuxoStatus.h>
-#include <nuxo/query/GraphQueryManager.h>
-
-#include <algorithm>
-#include <array>
 
 namespace NuxoTool {
 
@@ -19,9 +15,6 @@ using NUXO::GraphConfigNode;
 using NUXO::IGraphConfig;
 
 namespace {
-
-constexpr size_t kColumns = 5;
-using Row = std::array<std::string, kColumns>;
 
 std::string integerText(const IGraphConfig& node, uint32_t key)
 {
@@ -53,37 +46,20 @@ std::string modeOf(const IGraphConfig& settings)
     return sensor == nullptr ? "" : textOf(*sensor, NUXO_KEY_MODE_ID);
 }
 
-Row rowOf(TreeView& view, NUXO::SourceLocator& locator, const GraphConfigNode& settings)
+std::vector<std::string> rowOf(TreeView& view, NUXO::SourceLocator& locator, const GraphConfigNode& settings)
 {
     const std::string mode = printable(modeOf(settings));
     return {integerText(settings, NUXO_KEY_KEY), integerText(settings, NUXO_KEY_ID), mode.empty() ? "-" : mode,
             originText(originOf(locator, settings)), sizesText(view, settings)};
 }
 
-std::string table(const std::vector<Row>& rows)
-{
-    std::array<size_t, kColumns> widths = {};
-    for (const Row& row : rows) {
-        for (size_t i = 0; i < kColumns; ++i) widths[i] = std::max(widths[i], displayWidth(row[i]));
-    }
-    std::string text;
-    for (const Row& row : rows) {
-        std::string line;
-        for (size_t i = 0; i < kColumns; ++i) {
-            line += row[i] + std::string(widths[i] - displayWidth(row[i]) + 2, ' ');
-        }
-        text += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-    return text;
-}
-
 std::string renderMatches(Session& session, const std::vector<const GraphConfigNode*>& matches)
 {
     if (matches.empty()) return "";
     TreeView view;
-    std::vector<Row> rows = {{"KEY", "GRAPH", "MODE", "WHERE", "SIZES"}};
-    for (const GraphConfigNode* const settings : matches) rows.push_back(rowOf(view, session.locator, *settings));
-    return table(rows);
+    TextTable table({{"KEY"}, {"GRAPH"}, {"MODE"}, {"WHERE"}, {"SIZES"}});
+    for (const GraphConfigNode* const settings : matches) table.add(rowOf(view, session.locator, *settings));
+    return table.text();
 }
 
 JsonValue jsonMatch(TreeView& view, NUXO::SourceLocator& locator, const GraphConfigNode& settings)
@@ -129,16 +105,10 @@ std::string renderMatchesJson(Session& session, const std::vector<const GraphCon
 
 void runQuery(Session& session)
 {
-    const GraphPair pair = loadGraphPair(session);
-    if (!pair.complete()) return;
-    const Criteria criteria = readCriteria(session);
-    if (session.findings.errorCount() > 0) return;
-
-    NUXO::GraphQueryManager manager;
-    manager.setGraphDescriptor(pair.descriptor.tree.get());
-    manager.setGraphSettings(pair.settings.tree.get());
+    GraphRequest request(session);
+    if (!request.isReady()) return;
     std::vector<const GraphConfigNode*> matches;
-    for (IGraphConfig* const match : findSettings(session, manager, *pair.settings.node(), criteria)) {
+    for (IGraphConfig* const match : request.findSettings()) {
         matches.push_back(dynamic_cast<const GraphConfigNode*>(match));
     }
     session.output = session.arguments.format == Format::Json ? renderMatchesJson(session, matches)

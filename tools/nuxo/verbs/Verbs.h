@@ -15,6 +15,18 @@ void runQuery(Session& session);
 /// Builds the graph of one setting and shows it.
 void runBuild(Session& session);
 
+/// Builds the graph of one setting and lists its ports.
+void runPorts(Session& session);
+
+/// Builds the graph of one setting and shows its execution contexts or streams, and what connects them.
+void runContexts(Session& session);
+
+/// Builds the graph of one setting and tells the frame parameters of its sensor or of a port.
+void runFrameParams(Session& session);
+
+/// Shows the table of pixel formats, or one of them with the geometry of its buffers.
+void runFormats(Session& session);
+
 } // namespace NuxoTool
 
 #endif
