@@ -70,15 +70,20 @@ bool hasShortPlaneNames(const qv_format_t& row)
                        [](const qv_format_plane_t& plane) { return plane.name.size() <= std::string().capacity(); });
 }
 
+template <typename Container> void makeRoom(Container& out, const Container& in)
+{
+    if (out.capacity() < in.size()) out.reserve(in.size());
+}
+
 // Hands a row out whole or not at all.
 int copyRow(const qv_format_t* row, qv_format_t& out)
 {
     if (row == nullptr) return StatusBadState;
     return unlessNoMemory<int>(StatusNoMemory, [row, &out] {
         if (hasShortPlaneNames(*row)) { // as all built-in ones: with room made beforehand the assignment cannot fail
-            out.name.reserve(row->name.size());
-            out.family.reserve(row->family.size());
-            out.planes.reserve(row->planes.size());
+            makeRoom(out.name, row->name);
+            makeRoom(out.family, row->family);
+            makeRoom(out.planes, row->planes);
             out = *row;
         } else {
             qv_format_t copy = *row;

@@ -103,8 +103,6 @@ int applyOverrides(GraphConfigNode& graph, GraphConfigNode& nodes)
 {
     try {
         return GraphCameraUtil::processGraphOverrides(graph, nodes);
-    } catch (const std::bad_alloc&) {
-        throw;
     } catch (const std::exception&) {
         return StatusBadArgument; // a text that should be a number
     }
