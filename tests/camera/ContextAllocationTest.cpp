@@ -86,11 +86,7 @@ private:
         failures.sweep(
             forGood,
             [&] {
-                try {
-                    status = ask(*results);
-                } catch (...) {
-                    thrown = true;
-                }
+                if (escapes([&] { status = ask(*results); })) thrown = true;
             },
             [&] {
                 EXPECT_FALSE(thrown);

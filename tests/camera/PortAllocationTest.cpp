@@ -64,11 +64,7 @@ protected:
             allocations.sweep(
                 forGood,
                 [&] {
-                    try {
-                        answer = question();
-                    } catch (...) {
-                        ++thrown;
-                    }
+                    if (escapes([&] { answer = question(); })) ++thrown;
                 },
                 [&] { // only counts: what an expectation keeps would pass for a leak
                     if (answer != good) ++failures;

@@ -108,11 +108,7 @@ protected:
             forGood,
             [&] {
                 live = AllocationFailures::live();
-                try {
-                    action();
-                } catch (...) {
-                    thrown = true;
-                }
+                if (escapes([&] { action(); })) thrown = true;
             },
             [&] {
                 EXPECT_FALSE(thrown);

@@ -38,11 +38,7 @@ protected:
             allocations.sweep(
                 forGood,
                 [&] {
-                    try {
-                        status = operation();
-                    } catch (...) {
-                        thrown = true;
-                    }
+                    if (escapes([&] { status = operation(); })) thrown = true;
                 },
                 [&] {
                     EXPECT_FALSE(thrown);

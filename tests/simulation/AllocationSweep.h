@@ -53,11 +53,7 @@ private:
         allocations.sweep(
             forGood,
             [&] {
-                try {
-                    status = call->act();
-                } catch (...) {
-                    thrown = true;
-                }
+                if (escapes([&] { status = call->act(); })) thrown = true;
             },
             [&] {
                 ASSERT_FALSE(thrown);

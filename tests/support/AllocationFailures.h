@@ -5,6 +5,17 @@
 #include <cstddef>
 #include <cstdint>
 
+/// Whether @p action lets an exception out.
+template <class Action> bool escapes(Action&& action)
+{
+    try {
+        action();
+    } catch (...) {
+        return true;
+    }
+    return false;
+}
+
 /// Makes allocations of the program under test fail, and counts those that are alive. A program that links
 /// nuxo-test-allocations gets global operator new and delete of its own, for the library as well as for itself.
 ///

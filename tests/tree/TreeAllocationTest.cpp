@@ -66,14 +66,9 @@ protected:
                 const NodePtr root = makeTree(extra);
                 const std::string before = contentOf(*root);
                 int32_t status = 1;
-                bool threw = false;
                 AllocationFailures failures;
                 GetParam() ? failures.failFrom(n) : failures.failOnce(n);
-                try {
-                    status = action(*root);
-                } catch (...) {
-                    threw = true;
-                }
+                const bool threw = escapes([&] { status = action(*root); });
                 const bool reached = failures.failures() > 0;
                 failures.stop();
                 EXPECT_FALSE(threw) << "allocation " << n;
@@ -352,16 +347,13 @@ TEST_P(TreeAllocation, ReplacingTheVocabularyLetsNothingOut)
     std::map<std::string, uint32_t> other = {{kLong + "1", 1}, {kLong + "2", 2}, {kLong + "3", 3}};
     for (size_t n = 1; n <= 8; ++n) {
         std::map<std::string, uint32_t> out;
-        bool threw = false;
         AllocationFailures failures;
         GetParam() ? failures.failFrom(n) : failures.failOnce(n);
-        try {
+        const bool threw = escapes([&] {
             ItemUID::addCustomKeyMap(other);
             NUXO::getNuxoKeys(out);
             NUXO::copyNuxoKeys(other);
-        } catch (...) {
-            threw = true;
-        }
+        });
         failures.stop();
         EXPECT_FALSE(threw) << "allocation " << n;
         NUXO::copyNuxoKeys(original);
