@@ -132,6 +132,16 @@ TEST_F(NUXOParserAllocationTest, APlainFileSurvivesEachFailure)
     EXPECT_TRUE(mSawVersion);
 }
 
+TEST_F(NUXOParserAllocationTest, ALongTokenIsReadAlsoWithoutMemoryToWaitForItsEnd)
+{
+    std::string text = richSettings();
+    text.insert(text.find("<sink/>"), "<!--" + std::string(300000, 'x') + "-->");
+    const std::string file = write("long.xml", text);
+    const Parse parse = [&file](NUXOParser& parser, IGraphConfig** out) { parser.parseNUXOXmlFile(file.c_str(), out); };
+    sweep(false, parse);
+    sweep(true, parse);
+}
+
 TEST_F(NUXOParserAllocationTest, AGzipFileSurvivesEachFailure)
 {
     const std::string file = write("rich.gz", gzip(richSettings()));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nuxo/Log.h>
+#include <nuxo/NoMemory.h>
 #include <nuxo/parser/NUXOParser.h>
 #include <nuxo/parser/ParserRun.h>
 #include <nuxo/tree/TreeAccess.h>
@@ -12,7 +13,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <new>
+#include <string>
 #include <type_traits>
 
 #include <zlib.h>
@@ -83,28 +84,81 @@ void reportParseError(const char* bytes, size_t length, const CallSite& site)
     NUXO_LOG(LogError, kParserTag, "@%s, line:%d, XML_Parse error %s", site.function, site.line, text.data());
 }
 
-bool feed(XML_Parser parser, const char* bytes, size_t length, bool isFinal, const CallSite& site)
+bool feed(XML_Parser parser, const char* bytes, size_t length, bool isFinal)
 {
-    if (length <= static_cast<size_t>(std::numeric_limits<int>::max())) {
-        if (XML_Parse(parser, bytes, static_cast<int>(length), isFinal ? XML_TRUE : XML_FALSE) != XML_STATUS_ERROR)
-            return true;
-    }
-    reportParseError(bytes, length, site);
-    return false;
+    if (length > static_cast<size_t>(std::numeric_limits<int>::max())) return false;
+    return XML_Parse(parser, bytes, static_cast<int>(length), isFinal ? XML_TRUE : XML_FALSE) != XML_STATUS_ERROR;
 }
 
-// Expat may hold a token back at the end of a chunk in case more of it follows. When no final call comes, the tokens that
-// are complete must be handed over all the same.
-void flushPending(XML_Parser parser, const CallSite& site)
-{
+// Hands a file to the tokenizer chunk by chunk.
+//
+// With each chunk the tokenizer scans an unfinished token again from its start. While one goes on over many chunks, they are
+// therefore held back until they double what there is of it: so the time for a huge token grows with its length, not with
+// its square. Newer tokenizers have such a rule of their own, which is switched off: one rule must hold with all of them.
+class ChunkFeeder {
+public:
+    ChunkFeeder(XML_Parser parser, const CallSite& site) : mParser(parser), mSite(site)
+    {
 #ifdef NUXO_HAVE_REPARSE_DEFERRAL
-    XML_SetReparseDeferralEnabled(parser, XML_FALSE);
-    static_cast<void>(feed(parser, "", 0, false, site)); // a failure has been logged, and nothing follows
-#else
-    static_cast<void>(parser);
-    static_cast<void>(site);
+        XML_SetReparseDeferralEnabled(parser, XML_FALSE);
 #endif
-}
+    }
+
+    /// False, with an error line, when the document is malformed.
+    bool feed(const char* chunk, size_t length, bool isFinal)
+    {
+        if (mUnfinished < kLongToken) return parse(chunk, length, isFinal, chunk, length);
+        if (!hold(chunk, length)) { // no memory to wait with
+            return flush(false, chunk, length) && parse(chunk, length, isFinal, chunk, length);
+        }
+        return (!isFinal && mHeld.size() < std::min(mUnfinished, kMostHeld)) || flush(isFinal, chunk, length);
+    }
+
+    /// To be called when no final chunk comes: hands over what was held back.
+    void finish()
+    {
+        static_cast<void>(flush(false, mHeld.data(), mHeld.size()));
+    } // a failure has been logged
+
+private:
+    static constexpr size_t kLongToken = 16 * kChunkSize;
+    static constexpr size_t kMostHeld = size_t{64} << 20U;
+
+    bool hold(const char* chunk, size_t length)
+    {
+        return unlessNoMemory<bool>(false, [&] {
+            mHeld.append(chunk, length);
+            return true;
+        });
+    }
+
+    bool flush(bool isFinal, const char* chunk, size_t length)
+    {
+        if (mHeld.empty()) return true;
+        const bool isWellFormed = parse(mHeld.data(), mHeld.size(), isFinal, chunk, length);
+        mHeld.clear();
+        return isWellFormed;
+    }
+
+    // @param chunk, chunkLength  what to show when the document is malformed
+    bool parse(const char* bytes, size_t length, bool isFinal, const char* chunk, size_t chunkLength)
+    {
+        if (!NUXO::feed(mParser, bytes, length, isFinal)) {
+            reportParseError(chunk, chunkLength, mSite);
+            return false;
+        }
+        const XML_Index tokenStart = XML_GetCurrentByteIndex(mParser);
+        mUnfinished = tokenStart == mTokenStart ? mUnfinished + length : length; // no less than there is
+        mTokenStart = tokenStart;
+        return true;
+    }
+
+    XML_Parser mParser;
+    const CallSite& mSite;
+    XML_Index mTokenStart = -1;
+    size_t mUnfinished = 0;
+    std::string mHeld;
+};
 
 void feedPlainFile(XML_Parser parser, const char* fileName, void* buffer)
 {
@@ -113,14 +167,16 @@ void feedPlainFile(XML_Parser parser, const char* fileName, void* buffer)
         NUXO_LOG(LogError, kParserTag, "Failed to open XML %s", fileName);
         return;
     }
+    ChunkFeeder feeder(parser, kXmlParse);
     size_t count = 0;
     do {
         count = qv_cipr_fread(buffer, 1, kChunkSize, file.get());
         if (count == 0 && qv_cipr_ferror(file.get()) != 0) {
             qv_cipr_clearerr(file.get());
+            feeder.finish();
             return;
         }
-        if (!feed(parser, static_cast<const char*>(buffer), count, count < kChunkSize, kXmlParse)) return;
+        if (!feeder.feed(static_cast<const char*>(buffer), count, count < kChunkSize)) return;
     } while (count == kChunkSize);
 }
 
@@ -131,16 +187,15 @@ void feedGzipFile(XML_Parser parser, const char* fileName, void* buffer)
         NUXO_LOG(LogError, kParserTag, "Failed to open GZ %s", fileName);
         return;
     }
+    ChunkFeeder feeder(parser, kGzParse);
     int count = 0;
     do {
         count = gzread(file.get(), buffer, static_cast<unsigned>(kChunkSize));
-        if (count < 0) {
-            NUXO_LOG(LogError, kParserTag, "Error reading from file");
-            flushPending(parser, kGzParse);
-        } else if (count == 0) {
-            flushPending(parser, kGzParse);
-        } else if (!feed(parser, static_cast<const char*>(buffer), static_cast<size_t>(count),
-                         static_cast<size_t>(count) < kChunkSize, kGzParse)) {
+        if (count < 0) NUXO_LOG(LogError, kParserTag, "Error reading from file");
+        if (count <= 0) {
+            feeder.finish();
+        } else if (!feeder.feed(static_cast<const char*>(buffer), static_cast<size_t>(count),
+                                static_cast<size_t>(count) < kChunkSize)) {
             return;
         }
     } while (count == static_cast<int>(kChunkSize));
@@ -198,9 +253,9 @@ void NUXOParser::parseNUXOXmlData(char* data, size_t size, IGraphConfig** out)
     discardLeftover();
     const ParserPointer parser = createParser(this, kDataCreate);
     if (parser == nullptr) return;
-    if (startRun(kMemoryDocument, parser.get()))
-        static_cast<void>(
-            feed(parser.get(), data, size, true, kDataParse)); // what was built is handed out all the same
+    if (startRun(kMemoryDocument, parser.get()) && !feed(parser.get(), data, size, true)) {
+        reportParseError(data, size, kDataParse); // what was built is handed out all the same
+    }
     finish(out);
 }
 
