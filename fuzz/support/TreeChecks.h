@@ -20,10 +20,13 @@ std::vector<NUXO::GraphConfigNode*> nodesOf(NUXO::IGraphConfig* root);
 /// cursors, lookups by key and by path.
 void checkTree(const std::vector<NUXO::GraphConfigNode*>& nodes);
 
-/// Checks that the copy has the same items with the same keys, values and positions.
+/// Checks that both have the same items with the same keys, values and positions.
+void checkSame(const NUXO::GraphConfigNode& original, const NUXO::GraphConfigNode& copied);
+
+/// Checks that a copy is the same.
 void checkCopy(const NUXO::GraphConfigNode& original);
 
-/// Asks every node the questions of a client that draws or prints a graph.
+/// Asks the root and a few other nodes the questions of a client of built graphs.
 void askCameraQuestions(const std::vector<NUXO::GraphConfigNode*>& nodes);
 
 } // namespace fuzzing
