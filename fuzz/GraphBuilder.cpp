@@ -47,8 +47,9 @@ constexpr const char* kKinds[] = {"port",  "program_group", "compute_block", "so
                                   "sink",  "kernel",        "demux",         "mux",    "split",
                                   "apply", "graph",         "sensor",        "",       "kind_that_nobody_knows"};
 
-constexpr uint32_t kNodeTypes[] = {NUXO_KEY_PROGRAM_GROUP, NUXO_KEY_COMPUTE_BLOCK,    NUXO_KEY_HW,   NUXO_KEY_SOURCE,
-                                   NUXO_KEY_PORT,          NUXO_KEY_GRAPH_DESCRIPTOR, kFirstNodeKey, 3333};
+constexpr uint32_t kNodeTypes[] = {
+    NUXO_KEY_PROGRAM_GROUP,    NUXO_KEY_COMPUTE_BLOCK, NUXO_KEY_HW, NUXO_KEY_SOURCE, NUXO_KEY_PORT,
+    NUXO_KEY_GRAPH_DESCRIPTOR, kFirstNodeKey,          3333,        NUXO_KEY_NA};
 
 constexpr uint32_t kIntegerKeys[] = {
     NUXO_KEY_ID,        NUXO_KEY_DIRECTION,    NUXO_KEY_ENABLED,    NUXO_KEY_PRIVATE,      NUXO_KEY_EXEC_CTX_ID,

@@ -53,6 +53,18 @@ TEST_F(SubgraphPortsTest, PortsAreThoseOfThisCallAlone)
     EXPECT_EQ(outputs(3), "");
 }
 
+TEST_F(SubgraphPortsTest, NodeTypeZeroSelectsWhatAFreshCursorYields)
+{
+    load(kChain);
+    GraphConfigAttribute* type = nullptr;
+    ASSERT_EQ(at(*mRoot, "a").getAttribute(NUXO_KEY_TYPE, &type), StatusOk);
+    ASSERT_EQ(type->setValue(std::string()), StatusOk);
+    ASSERT_EQ(NUXO::NodeIterator(mRoot.get()).iterateByType(NUXO_KEY_NA), find(*mRoot, "a"));
+    mType = NUXO_KEY_NA;
+    EXPECT_EQ(inputs(1), "a:in");
+    EXPECT_EQ(mStatus, StatusOk);
+}
+
 TEST_F(SubgraphPortsTest, NodeTypeSelectsTheNodesAndTheirNeighbours)
 {
     load(element("compute_block", "a", "exec_ctx_id='1'", output("out", "b:in") + output("gpu", "e:in")) +

@@ -22,6 +22,12 @@ struct Subgraph {
     uint32_t nodeType;
 };
 
+// The `type` that NodeIterator looks for: a fresh one takes the key 0 for no type at all.
+std::string typeName(uint32_t nodeType)
+{
+    return nodeType == NUXO_KEY_NA ? "" : ItemUID::key2str(nodeType);
+}
+
 template <typename Visit> void forEachPort(const IGraphConfig& node, int direction, Visit visit)
 {
     forEachOfType(&node, kTypePort, [direction, &visit](IGraphConfig& port) {
@@ -54,7 +60,7 @@ bool leavesSubgraph(const IGraphConfig& port, int direction, const Subgraph& sub
 int collectPorts(const Subgraph& subgraph, int direction, const IGraphConfig& graph, Ports& ports)
 {
     ports.clear();
-    forEachOfType(&graph, ItemUID::key2str(subgraph.nodeType), [&](const IGraphConfig& node) {
+    forEachOfType(&graph, typeName(subgraph.nodeType), [&](const IGraphConfig& node) {
         int value = 0;
         if (!fetch(node, subgraph.key, value) || value != subgraph.value) return true;
         forEachPort(node, direction, [&](IGraphConfig& port) {
