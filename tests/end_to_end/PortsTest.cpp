@@ -185,6 +185,14 @@ TEST_F(PortsTest, OddPortsAreListedWithFindings)
     expectGolden(result.err, "ports_questions_2.err");
 }
 
+TEST_F(PortsTest, NegativeSizeIsReportedOnceWhereItStands)
+{
+    const ToolRun result = ask("questions", "2");
+    const std::string place = "questions_settings.xml:37:27: error[bad-size]: front:negative_out: width is -640; ";
+    EXPECT_EQ(count(result.err, place + "expected 0 or more\n"), 1U) << result.err;
+    EXPECT_EQ(count(result.err, "error[bad-size]"), 1U) << result.err;
+}
+
 TEST_F(PortsTest, UnknownFormatGetsASuggestionAtItsPlace)
 {
     const ToolRun result = run({"ports", "descriptor.xml", "settings.xml", "--key", "3"});

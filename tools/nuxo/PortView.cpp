@@ -4,6 +4,7 @@
 #include "FormatNames.h"
 #include "LibraryFindings.h"
 #include "LibraryLog.h"
+#include "Origins.h"
 #include "TreeView.h"
 
 #include <nuxo/NuxoStatus.h>
@@ -74,6 +75,7 @@ private:
     // @param status  of asking for size and format
     void reportFormat(const PortView& view, const IGraphConfig* peer, int status)
     {
+        if (status != StatusOk && reportNegative(view, peer)) return;
         if (status != StatusOk) {
             reportFailure(mSession, contextOf(view, 0), "reading size and format of " + endName(*view.item), status,
                           "a complete port");
@@ -84,6 +86,31 @@ private:
         const LogContext context = contextOf(view, NUXO_KEY_FORMAT);
         if (!view.format.empty() && formatNamed(name) == nullptr) reportUnknownFormat(view, name, context);
         reportLogLines(mSession, context);
+    }
+
+    // The library says nothing of what it refuses for being negative. False when that was not the reason.
+    bool reportNegative(const PortView& view, const IGraphConfig* peer)
+    {
+        struct Size {
+            uint32_t key;
+            const char* name;
+        };
+        constexpr Size sizes[] = {{NUXO_KEY_WIDTH, "width"}, {NUXO_KEY_HEIGHT, "height"}, {NUXO_KEY_BPL, "bpl"}};
+        const IGraphConfig* const port = view.item;
+        for (const Size& size : sizes) {
+            const IGraphConfig* const holder = peer == nullptr || hasInteger(port, size.key) ? port : peer;
+            const int value = integerOf(*holder, size.key, 0);
+            if (value >= 0) continue;
+            takeLibraryLog();
+            const Location place = placeOf(mSession, {"port", holder, "", size.key});
+            // Construction gives a port the values of the one that feeds it: both then stand at one place.
+            if (!mSession.reportedLines.insert(originText(place) + ' ' + size.name).second) return true;
+            mSession.findings.error("bad-size", place,
+                                    endName(*holder) + ": " + size.name + " is " + std::to_string(value) +
+                                        "; expected 0 or more");
+            return true;
+        }
+        return false;
     }
 
     // In place of what the library says of its search for a substitute.
@@ -97,6 +124,7 @@ private:
         mSession.reportedLines.insert("Error: Couldn't find  format by fourcc. Try defaulting to YUV420_8_SP(NV12)");
         const auto code = static_cast<int32_t>(fourccOf(name));
         mSession.reportedLines.insert("Could not find format with name " + name);
+        mSession.reportedLines.insert("Could not find format with name"); // lines lose blanks at their end
         mSession.reportedLines.insert("Could not find format with fourcc " + std::to_string(code));
     }
 
