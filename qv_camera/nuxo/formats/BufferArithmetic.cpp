@@ -99,7 +99,8 @@ uint32_t tiled(const Frame& frame)
 // A line of the buffer holds two of the image. Clients depend on the rounding of single precision, here and below.
 uint32_t pairsOfLines(const Frame& frame)
 {
-    return truncated(static_cast<float>(frame.bpl) * static_cast<float>(frame.height / 2));
+    const uint32_t pairs = frame.height / 2;
+    return truncated(static_cast<float>(frame.bpl) * static_cast<float>(pairs));
 }
 
 uint32_t oneAndAHalf(const Frame& frame)
