@@ -101,10 +101,10 @@ int readFormat(const IGraphConfig& port, PortOrPeer& source, unsigned int& width
                const PixelFormat& out)
 {
     bool complete = true;
-    const bool hasSizes =
+    const bool hasValidSizes =
         takeSize(source, NUXO_KEY_WIDTH, "Could not find port format info: width", width, complete) &&
         takeSize(source, NUXO_KEY_HEIGHT, "Could not find port format info: height", height, complete);
-    if (!hasSizes) return StatusMissingData;
+    if (!hasValidSizes) return StatusMissingData;
 
     std::string format;
     if (!source.fetch(NUXO_KEY_FORMAT, format)) {

@@ -3,6 +3,7 @@
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/query/BaseConversion.h>
+#include <nuxo/tree/NodeReading.h>
 #include <nuxo/tree/TreeAccess.h>
 #include <nuxo/tree/TypeNames.h>
 #include <nuxo/tree/Vocabulary.h>
@@ -62,16 +63,10 @@ int32_t retargetOptions(const GraphConfigNode& base, const std::string& baseName
     return status;
 }
 
-std::string textOrEmpty(const GraphConfigNode& node, uint32_t key)
-{
-    const std::string* const text = findText(node, key);
-    return text == nullptr ? std::string() : *text;
-}
-
 int32_t applyDifference(GraphConfigNode& target, const GraphConfigNode& difference)
 {
-    const std::string pathText = textOrEmpty(difference, NUXO_KEY_TARGET);
-    const std::string valueText = textOrEmpty(difference, NUXO_KEY_VALUE);
+    const std::string pathText = textOr(&difference, NUXO_KEY_TARGET, "");
+    const std::string valueText = textOr(&difference, NUXO_KEY_VALUE, "");
     NUXO_DEBUG("Applying override %s -> %s", pathText.c_str(), valueText.c_str());
     const ItemUID uid(pathText);
     const int32_t status = target.setValueFromStr(uid, valueText);
@@ -119,7 +114,7 @@ NodeIdentity::NodeIdentity(const char* itsName, SourcePosition where) : name(its
 
 int32_t convertBaseNode(GraphConfigNode& self, const GraphConfigNode& node, const NodeIdentity& identity)
 {
-    const std::string baseName = textOrEmpty(self, NUXO_KEY_NAME);
+    const std::string baseName = textOr(&self, NUXO_KEY_NAME, "");
     const std::string& nodeName = identity.name;
     NUXO_DEBUG("Change base node %s into node %s ", baseName.c_str(), nodeName.c_str());
 
