@@ -15,6 +15,10 @@ set(NUXO_PUBLIC_FOLDERS
     qv_camera/nuxo/camera
     qv_camera/nuxo/formats
     qv_camera/nuxo/records
+    qv_camera/nuxo/isp
+    qv_camera/nuxo/histories
+    qv_camera/nuxo/analysis
+    qv_camera/nuxo/kernels
     qv_camera/nuxo/frame_params
     qv_camera/nuxo/simulation)
 

@@ -19,6 +19,9 @@
 #include <nuxo/formats/NUXOFormats.h>
 #include <nuxo/formats/dec400util.h>
 #include <nuxo/camera/GraphCameraUtil.h>
+#include <nuxo/isp/IspUtils.h>
+#include <nuxo/analysis/GraphUtil.h>
+#include <nuxo/kernels/ZmtTevUtils.h>
 #include <nuxo/frame_params/GraphLumUtil.h>
 #include <nuxo/simulation/ZmtTevSimUtils.h>
 

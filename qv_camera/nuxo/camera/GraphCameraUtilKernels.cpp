@@ -3,9 +3,11 @@
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
+#include <nuxo/camera/KernelReading.h>
 #include <nuxo/tree/NodeReading.h>
 #include <nuxo/tree/TypeNames.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -14,17 +16,6 @@ namespace NUXO {
 namespace {
 
 constexpr int kNone = -1;
-
-// Items are parted by commas; nothing follows the last one. Text that is no number counts as 0.
-void convertItems(const std::string& text, unsigned int* items)
-{
-    for (size_t start = 0; start < text.size();) {
-        const size_t end = text.find(',', start);
-        *items++ = static_cast<unsigned int>(std::strtol(text.substr(start, end - start).c_str(), nullptr, 10));
-        if (end == std::string::npos) return;
-        start = end + 1;
-    }
-}
 
 void store(int* out, int value)
 {
@@ -41,6 +32,32 @@ int require(const IGraphConfig& kernel, uint32_t key, const char* missingMessage
 }
 
 } // namespace
+
+bool convertItems(const std::string& text, unsigned int* items, size_t limit)
+{
+    for (size_t start = 0; start < text.size();) {
+        if (limit-- == 0) return false;
+        const size_t end = text.find(',', start);
+        *items++ = static_cast<unsigned int>(std::strtol(text.substr(start, end - start).c_str(), nullptr, 10));
+        if (end == std::string::npos) return true;
+        start = end + 1;
+    }
+    return true;
+}
+
+int readKernelValues(const IGraphConfig& kernel, const KernelOutputs& out)
+{
+    store(out.rcb, integerOr(&kernel, NUXO_KEY_RCB, 0));
+    store(out.branchPoint, integerOr(&kernel, NUXO_KEY_BRANCH_POINT, 0));
+    store(out.enable, integerOr(&kernel, NUXO_KEY_ENABLED, 1));
+    int status = require(kernel, NUXO_KEY_PAL_UUID, "ERROR: Couldn't get pal_uuid", out.palUuid);
+    if (status != StatusOk) return status;
+    status = require(kernel, NUXO_KEY_ID, "Couldn't get kernel id", out.id);
+    if (status != StatusOk) return status;
+    store(out.sinkPort, integerOr(&kernel, NUXO_KEY_SINK_PORT, kNone));
+    store(out.restorePoint, integerOr(&kernel, NUXO_KEY_RESTORE_POINT, kNone));
+    return StatusOk;
+}
 
 int GraphCameraUtil::getProgramGroups(unsigned int key, int value, const IGraphConfig* graph,
                                       std::vector<IGraphConfig*>& pgs)
@@ -76,16 +93,9 @@ int GraphCameraUtil::kernelGetValues(const IGraphConfig* kernel, int* palUuid, i
     if (kernel == nullptr) return StatusBadArgument;
     return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
         std::string text;
-        if (metadata != nullptr && fetch(*kernel, NUXO_KEY_METADATA, text)) convertItems(text, metadata);
-        store(rcb, integerOr(kernel, NUXO_KEY_RCB, 0));
-        store(branchPoint, integerOr(kernel, NUXO_KEY_BRANCH_POINT, 0));
-        store(enable, integerOr(kernel, NUXO_KEY_ENABLED, 1));
-        int status = require(*kernel, NUXO_KEY_PAL_UUID, "ERROR: Couldn't get pal_uuid", palUuid);
-        if (status != StatusOk) return status;
-        status = require(*kernel, NUXO_KEY_ID, "Couldn't get kernel id", kernelId);
-        if (status != StatusOk) return status;
-        store(sinkPort, integerOr(kernel, NUXO_KEY_SINK_PORT, kNone));
-        return StatusOk;
+        if (metadata != nullptr && fetch(*kernel, NUXO_KEY_METADATA, text))
+            static_cast<void>(convertItems(text, metadata, SIZE_MAX)); // without limit, nothing is left over
+        return readKernelValues(*kernel, {palUuid, kernelId, enable, rcb, branchPoint, sinkPort, nullptr});
     });
 }
 

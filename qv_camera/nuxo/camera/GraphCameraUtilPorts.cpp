@@ -25,12 +25,12 @@ bool showsFullName(const std::string& type)
     return std::find(kKinds.begin(), kKinds.end(), ItemUID::str2key(type)) != kKinds.end();
 }
 
+} // namespace
+
 std::string fullName(const IGraphConfig& node)
 {
     return textOr(node.getAncestor(), NUXO_KEY_NAME, kNoName) + ":" + textOr(&node, NUXO_KEY_NAME, kNoName);
 }
-
-} // namespace
 
 int getPgAndPortNames(const IGraphConfig& port, std::string& pgName, std::string& portName)
 {

@@ -57,21 +57,27 @@ bool leavesSubgraph(const IGraphConfig& port, int direction, const Subgraph& sub
     return peerValue != subgraph.value;
 }
 
+// Of one node of the subgraph.
+void addLeavingPorts(const IGraphConfig& node, int direction, const Subgraph& subgraph, Ports& ports)
+{
+    forEachPort(node, direction, [&](IGraphConfig& port) {
+        if (leavesSubgraph(port, direction, subgraph)) ports.push_back(&port);
+    });
+}
+
 int collectPorts(const Subgraph& subgraph, int direction, const IGraphConfig& graph, Ports& ports)
 {
     ports.clear();
     forEachOfType(&graph, typeName(subgraph.nodeType), [&](const IGraphConfig& node) {
         int value = 0;
-        if (!fetch(node, subgraph.key, value) || value != subgraph.value) return true;
-        forEachPort(node, direction, [&](IGraphConfig& port) {
-            if (leavesSubgraph(port, direction, subgraph)) ports.push_back(&port);
-        });
+        if (fetch(node, subgraph.key, value) && value == subgraph.value)
+            addLeavingPorts(node, direction, subgraph, ports);
         return true;
     });
     return ports.empty() ? StatusBadArgument : StatusOk;
 }
 
-// For a subgraph that has no outputs of its own: what leads from a source's port to somewhere else.
+// What leads from a source's port to somewhere else.
 void addSourcePort(IGraphConfig& port, const Subgraph& subgraph, Ports& ports)
 {
     const IGraphConfig* const peer = peerOf(&port);
@@ -97,7 +103,29 @@ void addSourcePort(IGraphConfig& port, const Subgraph& subgraph, Ports& ports)
     }
 }
 
+// For a subgraph that has no outputs of its own.
+int addSourcePorts(const Subgraph& subgraph, const IGraphConfig& graph, Ports& ports)
+{
+    forEachOfType(&graph, kTypeSource, [&](const IGraphConfig& source) {
+        forEachOfType(&source, kTypePort, [&](IGraphConfig& port) {
+            addSourcePort(port, subgraph, ports);
+            return true;
+        });
+        return true;
+    });
+    return ports.empty() ? StatusBadArgument : StatusOk;
+}
+
 } // namespace
+
+int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
+                  std::vector<IGraphConfig*>& ports, uint32_t nodeType)
+{
+    const Subgraph subgraph = {key, value, nodeType};
+    ports.clear();
+    for (const IGraphConfig* const node : nodes) addLeavingPorts(*node, kOutput, subgraph, ports);
+    return ports.empty() ? addSourcePorts(subgraph, graph, ports) : static_cast<int>(StatusOk);
+}
 
 int GraphCameraUtil::getSubgraphPorts(unsigned int key, int value, int direction, const IGraphConfig& graph,
                                       std::vector<IGraphConfig*>& ports, unsigned int nodeType)
@@ -118,15 +146,8 @@ int GraphCameraUtil::getOutputPorts(unsigned int key, int value, const IGraphCon
 {
     return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
         const Subgraph subgraph = {key, value, nodeType};
-        if (collectPorts(subgraph, kOutput, graph, ports) == StatusOk) return StatusOk;
-        forEachOfType(&graph, kTypeSource, [&](const IGraphConfig& source) {
-            forEachOfType(&source, kTypePort, [&](IGraphConfig& port) {
-                addSourcePort(port, subgraph, ports);
-                return true;
-            });
-            return true;
-        });
-        return ports.empty() ? StatusBadArgument : StatusOk;
+        const int status = collectPorts(subgraph, kOutput, graph, ports);
+        return status == StatusOk ? status : addSourcePorts(subgraph, graph, ports);
     });
 }
 

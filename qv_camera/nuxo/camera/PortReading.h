@@ -6,7 +6,9 @@
 #include <nuxo/tree/GraphConfigNode.h>
 #include <nuxo/tree/KeyCache.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace NUXO {
 
@@ -32,6 +34,15 @@ int readTerminal(const IGraphConfig* port, unsigned int& stageId, unsigned int& 
 
 /// What GraphCameraUtil::isEdgePort does, but lets std::bad_alloc out.
 bool isEdge(const IGraphConfig* port);
+
+/// What GraphCameraUtil::getOutputPorts does, for callers that know the nodes of the subgraph, but lets std::bad_alloc out.
+///
+/// @param nodes  all nodes of the graph that have this type and this value of @p key, in the order of the graph
+int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
+                  std::vector<IGraphConfig*>& ports, uint32_t nodeType);
+
+/// What GraphCameraUtil::getFullName gives, but lets std::bad_alloc out.
+std::string fullName(const IGraphConfig& node);
 
 /// Reads attributes of a port or, where it lacks them, of its peer.
 class PortOrPeer {

@@ -11,11 +11,13 @@ constexpr const char* kTypeDemux = "demux";
 constexpr const char* kTypeGraph = "graph";
 constexpr const char* kTypeHw = "hw";
 constexpr const char* kTypeKernel = "kernel";
+constexpr const char* kTypeKlink = "klink";
 constexpr const char* kTypeMux = "mux";
 constexpr const char* kTypePort = "port";
 constexpr const char* kTypeProgramGroup = "program_group";
 constexpr const char* kTypeSink = "sink";
 constexpr const char* kTypeSource = "source";
+constexpr const char* kTypeSplit = "split";
 
 } // namespace NUXO
 

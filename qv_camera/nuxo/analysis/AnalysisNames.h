@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// Internal: the names by which the analysis joins nodes, ports and connections.
+#ifndef NUXO_ANALYSIS_ANALYSIS_NAMES_H
+#define NUXO_ANALYSIS_ANALYSIS_NAMES_H
+
+#include <nuxo/tree/NodeReading.h>
+
+#include <memory>
+#include <new>
+#include <string>
+
+namespace NUXO {
+
+/// What stands before the first ':', everything without one.
+inline std::string nodePart(const std::string& text)
+{
+    return text.substr(0, text.find(':'));
+}
+
+/// What stands behind the first ':', nothing without one.
+inline std::string portPart(const std::string& text)
+{
+    const size_t colon = text.find(':');
+    return colon == std::string::npos ? std::string() : text.substr(colon + 1);
+}
+
+/// filedName, without its searches where the node is filed under its `name`, as in every built graph.
+inline std::string prefixOf(const IGraphConfig& programGroup)
+{
+    std::string name;
+    const IGraphConfig* const parent = programGroup.getAncestor();
+    const bool isFiledByName = parent != nullptr && fetch(programGroup, NUXO_KEY_NAME, name) &&
+                               parent->getDescendant(ItemUID::str2key(name)) == &programGroup;
+    return isFiledByName ? name : filedName(programGroup);
+}
+
+/// A new object, null when memory is exhausted.
+template <typename Node> std::shared_ptr<Node> makeNode()
+{
+    try {
+        return std::make_shared<Node>();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+} // namespace NUXO
+
+#endif
