@@ -3,8 +3,6 @@
 #ifndef NUXO_ANALYSIS_ANALYSIS_NAMES_H
 #define NUXO_ANALYSIS_ANALYSIS_NAMES_H
 
-#include <nuxo/tree/NodeReading.h>
-
 #include <memory>
 #include <new>
 #include <string>
@@ -22,16 +20,6 @@ inline std::string portPart(const std::string& text)
 {
     const size_t colon = text.find(':');
     return colon == std::string::npos ? std::string() : text.substr(colon + 1);
-}
-
-/// filedName, without its searches where the node is filed under its `name`, as in every built graph.
-inline std::string prefixOf(const IGraphConfig& programGroup)
-{
-    std::string name;
-    const IGraphConfig* const parent = programGroup.getAncestor();
-    const bool isFiledByName = parent != nullptr && fetch(programGroup, NUXO_KEY_NAME, name) &&
-                               parent->getDescendant(ItemUID::str2key(name)) == &programGroup;
-    return isFiledByName ? name : filedName(programGroup);
 }
 
 /// A new object, null when memory is exhausted.

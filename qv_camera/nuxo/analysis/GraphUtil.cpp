@@ -37,12 +37,27 @@ int GraphUtil::init(unsigned int subgraphKey, const IGraphConfig* settings, GdfV
     releaseGraph();
     mSubgraphKey = subgraphKey;
     mSettings = settings;
-    return unlessNoMemory<int>(StatusNoMemory, [this] {
-        int status = failed(analyzeGraphSettings(), "Graph settings analysis failed");
-        if (status == StatusOk) status = failed(allocateTevData(), "TEV data allocation failed");
-        if (status == StatusOk) status = failed(populateTevData(), "TEV structures population failed");
-        return status;
-    });
+    const int status = unlessNoMemory<int>(StatusNoMemory, [this] { return analyze(); });
+    if (status != StatusOk) clearMarks();
+    return status;
+}
+
+int GraphUtil::analyze()
+{
+    int status = failed(analyzeGraphSettings(), "Graph settings analysis failed");
+    if (status == StatusOk) status = failed(allocateTevData(), "TEV data allocation failed");
+    if (status == StatusOk) status = failed(populateTevData(), "TEV structures population failed");
+    return status;
+}
+
+// A walk that breaks off leaves marks, which would keep the dumps from what they show.
+void GraphUtil::clearMarks()
+{
+    for (const auto& entry : mGraphNodes) entry.second->visited = false;
+    for (const auto& entry : mSubGraphs) {
+        entry.second->visited = false;
+        for (const auto& node : entry.second->imagingNodes) node.second->visited = false;
+    }
 }
 
 // Subgraphs point into the outer graph, so they go first.

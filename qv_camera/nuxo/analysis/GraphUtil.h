@@ -259,6 +259,8 @@ private:
     QV_LOCAL int kernelDisableVisitor(BaseGraphNode* node, bool downstream);
 
     // Kernel data.
+    QV_LOCAL int analyze();
+    QV_LOCAL void clearMarks();
     QV_LOCAL void releaseGraph();
     QV_LOCAL int analyzeGraphSettings();
     QV_LOCAL int allocateTevData();
@@ -284,7 +286,7 @@ private:
     uint32_t mPgKey = NUXO_KEY_PROGRAM_GROUP;
     std::vector<ConnectionEnds> mConnectionEnds;                               ///< of mConnections
     std::unordered_map<std::string, std::vector<size_t>> mConnectionsBySink;   ///< by the name of the node they lead to
-    std::unordered_map<int, std::vector<IGraphConfig*>> mPgsBySubGraph;        ///< of the whole graph, in its order
+    std::map<int, std::vector<IGraphConfig*>> mPgsBySubGraph;                  ///< of the whole graph, in its order
     std::unordered_map<const IGraphConfig*, const SubGraphInfo*> mPgSubGraphs; ///< by program group
     std::unordered_map<const IGraphConfig*, KernelInfoMemPool*> mPgPools;      ///< by program group
     int mNextPgPool = -1; ///< key of the next program group's pool without an id of its own

@@ -56,9 +56,7 @@ int GraphUtil::resHistoryCalcVisitor(BaseGraphNode* subgraph)
     const auto isPending = [](const auto& parent) { return !parent.first->visited; };
     if (!isSource && std::any_of(sg.parents.begin(), sg.parents.end(), isPending)) return StatusNotReady;
 
-    const int status = calculateHistories(sg, isSource);
-    if (status != StatusOk) resetInnerGraph(sg, false);
-    return status;
+    return calculateHistories(sg, isSource);
 }
 
 int GraphUtil::calculateHistories(SubGraphInfo& sg, bool isSource)

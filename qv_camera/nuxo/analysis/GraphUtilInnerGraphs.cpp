@@ -64,7 +64,7 @@ std::string GraphUtil::KernelLink::toStr() const
 
 int GraphUtil::collectPgInnerGraph(SubGraphInfo& sg, IGraphConfig& pg)
 {
-    const std::string pgName = prefixOf(pg);
+    const std::string pgName = fileNameOf(pg);
     int status = untilFailure(pg, kTypeKernel, [&](IGraphConfig& kernel) {
         ++sg.kernelCount;
         return addImagingNode(sg, kernel, pgName);
@@ -165,7 +165,7 @@ struct GraphUtil::LinkEnd {
 int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& end, ImagingNode*& found)
 {
     if (!end.port.empty()) {
-        const auto entry = sg.imagingNodes.find(prefixOf(pg) + ":" + end.node);
+        const auto entry = sg.imagingNodes.find(fileNameOf(pg) + ":" + end.node);
         if (entry == sg.imagingNodes.end()) {
             NUXO_ERROR("Failed to find Imaging Node %s named in klink in the list of nodes. Inconsistent graph",
                        end.node.c_str());

@@ -110,7 +110,6 @@ int GraphUtil::populateTevData()
         const int status = traverseGraph(sg.get(), visitor, true);
         if (status == StatusOk || status == StatusNoMoreMatches) continue;
         NUXO_ERROR("Traversal of subgraphs failed on subgraph %d", id);
-        for (const auto& entry : mSubGraphs) entry.second->visited = false;
         return status;
     }
     resetMetaGraph();
@@ -196,7 +195,7 @@ int GraphUtil::findPg(const IGraphConfig& pgNode, const SubGraphInfo*& sg, Kerne
 int GraphUtil::collectRecords(const IGraphConfig& pgNode, const SubGraphInfo& sg, size_t limit,
                               std::vector<NumberedRecord>& records)
 {
-    const std::string prefix = prefixOf(pgNode) + ":";
+    const std::string prefix = fileNameOf(pgNode) + ":";
     int status = StatusOk;
     forEachOfType(&pgNode, kTypeKernel, [&](const IGraphConfig& kernel) {
         status = StatusBadArgument;

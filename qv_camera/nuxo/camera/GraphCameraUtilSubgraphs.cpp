@@ -22,12 +22,6 @@ struct Subgraph {
     uint32_t nodeType;
 };
 
-// The `type` that NodeIterator looks for: a fresh one takes the key 0 for no type at all.
-std::string typeName(uint32_t nodeType)
-{
-    return nodeType == NUXO_KEY_NA ? "" : ItemUID::key2str(nodeType);
-}
-
 template <typename Visit> void forEachPort(const IGraphConfig& node, int direction, Visit visit)
 {
     forEachOfType(&node, kTypePort, [direction, &visit](IGraphConfig& port) {
@@ -68,7 +62,7 @@ void addLeavingPorts(const IGraphConfig& node, int direction, const Subgraph& su
 int collectPorts(const Subgraph& subgraph, int direction, const IGraphConfig& graph, Ports& ports)
 {
     ports.clear();
-    forEachOfType(&graph, typeName(subgraph.nodeType), [&](const IGraphConfig& node) {
+    forEachOfType(&graph, typeText(subgraph.nodeType), [&](const IGraphConfig& node) {
         int value = 0;
         if (fetch(node, subgraph.key, value) && value == subgraph.value)
             addLeavingPorts(node, direction, subgraph, ports);
@@ -116,7 +110,29 @@ int addSourcePorts(const Subgraph& subgraph, const IGraphConfig& graph, Ports& p
     return ports.empty() ? StatusBadArgument : StatusOk;
 }
 
+// The first of the ports that is connected; else the status of the last try.
+int firstWithPeer(const Ports& ports, IGraphConfig** port)
+{
+    int status = StatusOk;
+    for (IGraphConfig* const candidate : ports) {
+        IGraphConfig* peer = nullptr;
+        status = resolvePeer(candidate, &peer);
+        if (status != StatusOk) continue;
+        *port = candidate;
+        break;
+    }
+    return status;
+}
+
 } // namespace
+
+int inputPortOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, IGraphConfig** port,
+                uint32_t nodeType)
+{
+    Ports ports;
+    for (const IGraphConfig* const node : nodes) addLeavingPorts(*node, kInput, {key, value, nodeType}, ports);
+    return ports.empty() ? static_cast<int>(StatusBadArgument) : firstWithPeer(ports, port);
+}
 
 int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
                   std::vector<IGraphConfig*>& ports, uint32_t nodeType)
@@ -160,15 +176,8 @@ int GraphCameraUtil::getInputPort(unsigned int key, int value, const IGraphConfi
     }
     return unlessNoMemory<int>(StatusNoMemory, [&] {
         Ports ports;
-        int status = collectPorts({key, value, nodeType}, kInput, *graph, ports);
-        for (IGraphConfig* const candidate : ports) {
-            IGraphConfig* peer = nullptr;
-            status = resolvePeer(candidate, &peer);
-            if (status != StatusOk) continue;
-            *port = candidate;
-            return status;
-        }
-        return status;
+        const int status = collectPorts({key, value, nodeType}, kInput, *graph, ports);
+        return status == StatusOk ? firstWithPeer(ports, port) : status;
     });
 }
 

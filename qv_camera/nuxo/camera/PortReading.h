@@ -41,6 +41,10 @@ bool isEdge(const IGraphConfig* port);
 int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
                   std::vector<IGraphConfig*>& ports, uint32_t nodeType);
 
+/// The same for GraphCameraUtil::getInputPort.
+int inputPortOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, IGraphConfig** port,
+                uint32_t nodeType);
+
 /// What GraphCameraUtil::getFullName gives, but lets std::bad_alloc out.
 std::string fullName(const IGraphConfig& node);
 

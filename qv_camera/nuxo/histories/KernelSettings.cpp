@@ -66,21 +66,21 @@ uint32_t bppOf(const IGraphConfig* side)
     return static_cast<uint32_t>(integerOr(side, NUXO_KEY_BPP, 0));
 }
 
-void readMetadata(const IGraphConfig& kernel, uint32_t (&metadata)[QV_ISP_ZMT_METADATA_COUNT])
+} // namespace
+
+void readKernelMetadata(const IGraphConfig& kernel, uint32_t (&metadata)[QV_ISP_ZMT_METADATA_COUNT])
 {
     std::fill(std::begin(metadata), std::end(metadata), 0U);
     std::string text;
     if (!fetch(kernel, NUXO_KEY_METADATA, text)) return;
     if (convertItems(text, metadata, QV_ISP_ZMT_METADATA_COUNT)) return;
-    NUXO_WARN("Kernel %s has more than %d metadata items, ignoring the rest", filedName(kernel).c_str(),
+    NUXO_WARN("Kernel %s has more than %d metadata items, ignoring the rest", nameOrFiledName(kernel).c_str(),
               QV_ISP_ZMT_METADATA_COUNT);
 }
 
-} // namespace
-
 int readKernelSettings(const IGraphConfig& kernel, KernelSettings& settings)
 {
-    readMetadata(kernel, settings.metadata);
+    readKernelMetadata(kernel, settings.metadata);
     return readKernelValues(kernel, {&settings.palUuid, &settings.id, &settings.enable, &settings.rcb,
                                      &settings.branchPoint, &settings.sinkPort, &settings.restorePoint});
 }

@@ -26,6 +26,9 @@ struct KernelSettings {
     uint32_t metadata[QV_ISP_ZMT_METADATA_COUNT] = {};
 };
 
+/// Reads the integers of the text `metadata`: 0 for what is absent or no number; further ones are left out with a warning.
+void readKernelMetadata(const IGraphConfig& kernel, uint32_t (&metadata)[QV_ISP_ZMT_METADATA_COUNT]);
+
 /// Reads the attributes of a kernel. StatusOk, or the status of reading `pal_uuid` or `id`.
 int readKernelSettings(const IGraphConfig& kernel, KernelSettings& settings);
 

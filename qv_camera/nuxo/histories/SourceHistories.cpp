@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -108,7 +109,7 @@ int readCsiOutput(const IGraphConfig& backEnd, qv_isp_zmt_resolution_info& csi)
 
 int sourceGetResolutionHistory(qv_isp_zmt_resolution_info& history, IGraphConfig& source)
 {
-    const std::string name = filedName(source);
+    const std::string name = fileNameOf(source);
     const SourceKind kind = kindOf(name);
     if (kind == SourceKind::Unknown) {
         NUXO_ERROR("No support for source of name: %s", name.c_str());
@@ -199,10 +200,13 @@ void dumpPortResHistoryMap(const std::map<IGraphConfig*, qv_isp_zmt_resolution_i
     };
     std::vector<Entry> entries;
     for (const auto& [port, history] : map) {
-        if (port != nullptr) entries.push_back({GraphCameraUtil::getFullName(*port), port, &history});
+        if (port != nullptr) entries.push_back({NUXO::fullName(*port), port, &history});
     }
-    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.fullName < b.fullName; });
-    for (const Entry& entry : entries) dumpResHistory(*entry.history, filedName(*entry.port).c_str());
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        const int order = a.fullName.compare(b.fullName);
+        return order < 0 || (order == 0 && std::memcmp(a.history, b.history, sizeof(*a.history)) < 0);
+    });
+    for (const Entry& entry : entries) dumpResHistory(*entry.history, nameOrFiledName(*entry.port).c_str());
 }
 
 } // namespace NUXO

@@ -8,7 +8,6 @@
 #include <nuxo/tree/TypeNames.h>
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace NUXO {
 
@@ -33,15 +32,7 @@ bool anyKernelLink(const IGraphConfig& root)
     return found;
 }
 
-using RecordsByUuid = std::unordered_map<uint32_t, const qv_isp_zmt_run_kernels*>;
-
-// Of records with one uuid the first counts.
-RecordsByUuid indexRecords(const qv_isp_zmt_run_kernels* records, uint32_t count)
-{
-    RecordsByUuid index;
-    for (uint32_t i = 0; i < count; ++i) index.emplace(records[i].kernel_uuid, &records[i]);
-    return index;
-}
+using RecordsByUuid = std::map<uint32_t, const qv_isp_zmt_run_kernels*>;
 
 // Copies the record of a kernel to the place that its id names.
 int copyRecord(const IGraphConfig& kernel, const RecordsByUuid& records, const qv_isp_zmt_program_group& pg)
@@ -99,7 +90,8 @@ int ZmtTevUtils::setUp(const IGraphConfig& graph)
     }
     mRoot = root; // from here on questions about the graph work, even if its records cannot be filled
     mVersion = mIspUtils->getKvaVersion();
-    return isOnAnalysisPath() || nodesHaveKernelLinks() ? startAnalysis() : startKernelLists();
+    if (!isOnAnalysisPath() && anyKernelLink(*mRoot)) mVersion = GdfVersionKVA6;
+    return isOnAnalysisPath() ? startAnalysis() : startKernelLists();
 }
 
 void ZmtTevUtils::forgetGraph()
@@ -181,6 +173,16 @@ int ZmtTevUtils::getProgramGroup(const IGraphConfig* pgNode, qv_isp_zmt_program_
     return unlessNoMemory<int>(StatusNoMemory, [&] { return collectProgramGroup(*pgNode, pg); });
 }
 
+// Of records with one uuid the first counts.
+const std::map<uint32_t, const qv_isp_zmt_run_kernels*>& ZmtTevUtils::recordsByUuid(KernelArray& array) const
+{
+    if (array.indexedFilling == mFilling) return array.byUuid;
+    array.byUuid.clear();
+    for (uint32_t i = 0; i < array.size(); ++i) array.byUuid.emplace(array.kernels[i].kernel_uuid, &array.kernels[i]);
+    array.indexedFilling = mFilling;
+    return array.byUuid;
+}
+
 int ZmtTevUtils::collectProgramGroup(const IGraphConfig& pgNode, qv_isp_zmt_program_group& pg)
 {
     const auto entry = mPgMap.find(&pgNode);
@@ -198,7 +200,7 @@ int ZmtTevUtils::collectProgramGroup(const IGraphConfig& pgNode, qv_isp_zmt_prog
         NUXO_ERROR("Could not find the stream id %d. Cannot get kernel count.", stream);
         return StatusBadArgument;
     }
-    const RecordsByUuid records = indexRecords(context->second.kernels.get(), context->second.size());
+    const RecordsByUuid& records = recordsByUuid(context->second);
     int status = StatusOk;
     forEachOfType(&pgNode, kTypeKernel, [&](const IGraphConfig& kernel) {
         status = copyRecord(kernel, records, pg);

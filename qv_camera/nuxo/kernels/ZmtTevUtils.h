@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -28,7 +29,8 @@ namespace NUXO {
 /// Graphs of generation 5 and earlier are filled here, one array an execution context (or stream); newer ones, and those
 /// whose program groups carry kernel links, by an embedded GraphUtil, to which the questions then forward.
 ///
-/// Records that are handed out belong to the object and stay valid until its next initialisation or its destruction. The
+/// Records that are handed out belong to the object and stay valid until its next initialisation (generating the lists
+/// again is one) or its destruction; asking for a program group again refills its records. The
 /// graph must live as long as the object is in use. One object belongs to one thread at a time; the dumps share one buffer of
 /// the process. Nothing is thrown.
 class QV_EXPORT ZmtTevUtils {
@@ -59,10 +61,12 @@ public:
     /// Analyses a graph and fills its records; what an earlier call built is released.
     ///
     /// @param graph  the root of a built graph, not owned
-    /// @return       StatusOk; StatusBadArgument for null, without a root, or for a context, port or group that does not
-    ///               exist; StatusMissingObject without version utilities or when an array could not be filled;
-    ///               StatusMissingData for a broken chain of streams or a missing history; StatusBadState without a source;
-    ///               the status of GraphUtil::init; StatusNoMemory
+    /// @return       StatusOk; StatusBadArgument for null, without a root, or when a chain of streams leads to a context
+    ///               without kernels; StatusMissingObject without version utilities (also when memory for them is exhausted),
+    ///               for a sink without peer, or when an array could not be filled; StatusMissingData for a program group
+    ///               without the attribute that groups them (StatusNotFound if it is of another kind), for a sink without
+    ///               stream, or for a missing history; StatusBadState without a source; the status of GraphUtil::init;
+    ///               StatusNoMemory
     int initTevUtils(const IGraphConfig* graph);
 
     /// Asks the version utilities for the version and keeps it; tells whether it is greater than 5. False, with an error,
@@ -90,7 +94,7 @@ public:
     /// The `stream_id` of what feeds the program groups of a stream.
     ///
     /// @param peer  receives the port upstream as soon as it is known; may be null
-    /// @return      -1 when there is none
+    /// @return      -1 when there is none, and when memory is exhausted
     int getUpstreamStreamId(int streamId, IGraphConfig** peer);
 
     // Records.
@@ -98,7 +102,7 @@ public:
     /// The records of one stream or execution context. Without it the `kernel_count` is 0 and the rest untouched.
     void getProgramGroup(int id, qv_isp_zmt_program_group& pg);
 
-    /// The records of one program group.
+    /// The records of one program group. After a failure that concerns a context or kernel @p pg holds what is known so far.
     ///
     /// @return StatusOk; StatusBadArgument for null, an unknown group or context; StatusBadState for a kernel without
     ///         `pal_uuid` or `id`, or with an `id` outside of the group; StatusNoMemory
@@ -192,7 +196,7 @@ public:
     ///         StatusNoMemory
     int getSensorCmcId(std::string& cmcId);
 
-    /// The source's `dol_mode` and its `conversion_gain`, 1 when one of them is absent.
+    /// The source's `conversion_gain` and `dol_mode`. Without a gain the mode is empty; without a mode the gain is 1.
     ///
     /// @return StatusOk; StatusMissingObject before initTevUtils or without a source; StatusNoMemory
     int getDolInfo(float& conversionGain, std::string& dolMode);
@@ -238,6 +242,8 @@ private:
     struct QV_LOCAL KernelArray {
         std::unique_ptr<qv_isp_zmt_run_kernels[]> kernels; ///< null until all kernels are counted
         uint32_t count = 1;
+        std::map<uint32_t, const qv_isp_zmt_run_kernels*> byUuid; ///< the first record of each uuid
+        uint64_t indexedFilling = 0;                              ///< the filling that byUuid shows
 
         uint32_t size() const { return kernels == nullptr ? 0 : count; }
     };
@@ -245,6 +251,19 @@ private:
     /// From the context that feeds a sink upwards: each context and the port through which it feeds the one before.
     using StreamChain = std::vector<std::pair<int, IGraphConfig*>>;
     using StreamChains = std::map<int, StreamChain>;
+
+    /// The program groups of one stream.
+    struct QV_LOCAL StreamGroups {
+        std::vector<IGraphConfig*> all;
+        size_t readableCount = 0; ///< those before the graph's first group without a stream
+    };
+
+    /// The program groups of a graph by stream.
+    struct QV_LOCAL StreamIndex {
+        std::map<int, StreamGroups> groups;
+        const IGraphConfig* unreadable = nullptr; ///< the first group without a stream
+        int status = 0;                           ///< of reading its stream
+    };
 
     class QV_LOCAL ArrayPopulation;
     struct QV_LOCAL ChainWalk;
@@ -265,21 +284,24 @@ private:
     QV_LOCAL int countKernelsOf(const IGraphConfig& pg);
     QV_LOCAL int createKernelListStructures();
     QV_LOCAL int createPerPgKernelListStructures(const IGraphConfig* pgNode, unsigned int kernelCount);
+    QV_LOCAL const std::map<uint32_t, const qv_isp_zmt_run_kernels*>& recordsByUuid(KernelArray& array) const;
     QV_LOCAL int collectProgramGroup(const IGraphConfig& pgNode, qv_isp_zmt_program_group& pg);
 
     // Streams.
-    QV_LOCAL int getStreamChains(StreamChains& chains);
-    QV_LOCAL int addStreamChain(const IGraphConfig& sink, StreamChains& chains) const;
-    QV_LOCAL void extendUpstream(StreamChain& chain) const;
-    QV_LOCAL int inputPortOf(int streamId, IGraphConfig** port) const;
-    QV_LOCAL int upstreamOf(int streamId, IGraphConfig** peer) const;
-    QV_LOCAL int fillStreamChains(const StreamChains& chains, IGraphConfig& source);
+    QV_LOCAL StreamIndex indexStreams() const;
+    QV_LOCAL int getStreamChains(const StreamIndex& streams, StreamChains& chains) const;
+    QV_LOCAL static int addStreamChain(const IGraphConfig& sink, const StreamIndex& streams, StreamChains& chains);
+    QV_LOCAL static void extendUpstream(const StreamIndex& streams, const std::set<int>& knownContexts,
+                                        StreamChain& chain);
+    QV_LOCAL static int findInputPort(const StreamIndex& streams, int streamId, IGraphConfig** port);
+    QV_LOCAL int fillStreamChains(const StreamIndex& streams, StreamChains& chains, IGraphConfig& source);
     QV_LOCAL int fillContext(int context, IGraphConfig* port, ChainWalk& walk);
     QV_LOCAL int findInputHistory(int context, IGraphConfig* port, ChainWalk& walk);
     QV_LOCAL bool takeSourceHistory(IGraphConfig* port, ChainWalk& walk);
 
     // Population.
-    QV_LOCAL int populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int index, PortHistories& portHistories);
+    QV_LOCAL int populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int index, PortHistories& portHistories,
+                          const StreamIndex* streams);
     QV_LOCAL int getResHistoryForIntermediatePg(const IGraphConfig* pg, const PortHistories& portHistories,
                                                 qv_isp_zmt_resolution_info& history) const;
 
@@ -296,6 +318,7 @@ private:
     std::optional<GraphUtil> mGraphUtil; ///< always there; renewed with each graph
     int32_t mVersion = 0;
     std::shared_ptr<IspUtils> mIspUtils;
+    uint64_t mFilling = 1;                         ///< number of the latest filling of an array
     qv_isp_zmt_resolution_info mInputHistory = {}; ///< of the stream whose array is being filled
 };
 

@@ -4,6 +4,7 @@
 #include <nuxo/NoMemory.h>
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
+#include <nuxo/camera/KernelReading.h>
 #include <nuxo/histories/KernelSettings.h>
 #include <nuxo/kernels/KernelSteps.h>
 #include <nuxo/kernels/ZmtTevUtils.h>
@@ -14,20 +15,6 @@
 #include <iterator>
 
 namespace NUXO {
-
-namespace {
-
-void store(int* out, int value)
-{
-    if (out != nullptr) *out = value;
-}
-
-int valueOf(const int* value)
-{
-    return value == nullptr ? 0 : *value;
-}
-
-} // namespace
 
 int firstResolution(const IGraphConfig& kernel, qv_isp_zmt_resolution_info& resolution)
 {
@@ -45,6 +32,18 @@ void reportBadKernelIds()
     NUXO_ERROR("Error: Bad kernel id(s). Kernel ids need to run from 0 to n. Check the GDF.");
 }
 
+int noteSinkPort(const ZmtTevUtils::KernelInfo& info, std::vector<int>& disabledSinks, int kernelId)
+{
+    if (info.sinkPortNode == nullptr) {
+        NUXO_ERROR("Kernel sink port id %d invalid", info.sinkPort);
+        return StatusBadArgument;
+    }
+    if (integerOr(info.sinkPortNode, NUXO_KEY_ENABLED, 1) != 0) return StatusOk;
+    NUXO_DEBUG("Found disabled terminal %d, going to disable its kernels.", info.sinkPort);
+    disabledSinks.push_back(kernelId);
+    return StatusOk;
+}
+
 int ZmtTevUtils::handleSinkPort(KernelInfo& info, const IGraphConfig* kernelNode, std::vector<int>& disabledSinks,
                                 int kernelId)
 {
@@ -55,16 +54,7 @@ int ZmtTevUtils::handleSinkPort(KernelInfo& info, const IGraphConfig* kernelNode
         if (info.sinkPortNode == nullptr && pg != nullptr)
             info.sinkPortNode = GraphCameraUtil::nodeGetPortById(pg, info.sinkPort);
     }
-    if (info.sinkPortNode == nullptr) {
-        NUXO_ERROR("Kernel sink port id %d invalid", info.sinkPort);
-        return StatusBadArgument;
-    }
-    if (integerOr(info.sinkPortNode, NUXO_KEY_ENABLED, 1) != 0) return StatusOk;
-    NUXO_DEBUG("Found disabled terminal %d, going to disable its kernels.", info.sinkPort);
-    return unlessNoMemory<int>(StatusNoMemory, [&] {
-        disabledSinks.push_back(kernelId);
-        return StatusOk;
-    });
+    return unlessNoMemory<int>(StatusNoMemory, [&] { return noteSinkPort(info, disabledSinks, kernelId); });
 }
 
 int ZmtTevUtils::kernelIdSanityCheck(unsigned int idSum, unsigned int kernelCount)
@@ -80,20 +70,12 @@ int ZmtTevUtils::kernelGetValues(const IGraphConfig* kernel, int* palUuid, int* 
 {
     if (kernel == nullptr) return StatusBadArgument;
     return unlessNoMemory<int>(StatusNoMemory, [&] {
-        KernelSettings settings;
-        settings.palUuid = valueOf(palUuid); // what is missing stays
-        settings.id = valueOf(id);
-        const int status = readKernelSettings(*kernel, settings);
-        if (metadata != nullptr) std::copy(std::begin(settings.metadata), std::end(settings.metadata), metadata);
-        store(enable, settings.enable);
-        store(rcb, settings.rcb);
-        store(branchPoint, settings.branchPoint);
-        store(palUuid, settings.palUuid);
-        store(id, settings.id);
-        if (status != StatusOk) return status;
-        store(sinkPort, settings.sinkPort);
-        store(restorePoint, settings.restorePoint);
-        return status;
+        uint32_t items[QV_ISP_ZMT_METADATA_COUNT];
+        if (metadata != nullptr) {
+            readKernelMetadata(*kernel, items);
+            std::copy(std::begin(items), std::end(items), metadata);
+        }
+        return readKernelValues(*kernel, {palUuid, id, enable, rcb, branchPoint, sinkPort, restorePoint});
     });
 }
 
@@ -166,7 +148,7 @@ void ZmtTevUtils::dumpKernels(int execCtxId)
         return;
     }
     NUXO_ERROR("%s", kDoubleLine);
-    NUXO_ERROR("FOUND index for exec ctx id %d dumping %u kernels:", execCtxId, entry->second.size());
+    NUXO_ERROR("FOUND index for exec ctx id %d dumping %u kernels:", execCtxId, entry->second.count);
     NUXO_ERROR("%s", kDoubleLine);
     dumpRunKernels(entry->second.kernels.get(), entry->second.size());
 }

@@ -42,6 +42,7 @@ IGraphConfig* firstSource(const IGraphConfig& root)
 /// What one walk over all chains collects.
 struct ZmtTevUtils::ChainWalk {
     IGraphConfig& source;
+    const StreamIndex& streams;
     PortHistories histories;
     std::set<int> handledContexts;
 };
@@ -66,14 +67,15 @@ int ZmtTevUtils::generateKernelLists()
         NUXO_ERROR("GC Handle root is NULL");
         return StatusBadArgument;
     }
+    const StreamIndex streams = indexStreams();
     StreamChains chains;
-    int status = getStreamChains(chains);
+    int status = getStreamChains(streams, chains);
     if (status == StatusOk) status = countKernels();
     if (status == StatusOk) status = createKernelListStructures();
     if (status != StatusOk) return status;
 
     IGraphConfig* const source = firstSource(*mRoot);
-    return source == nullptr ? static_cast<int>(StatusBadState) : fillStreamChains(chains, *source);
+    return source == nullptr ? static_cast<int>(StatusBadState) : fillStreamChains(streams, chains, *source);
 }
 
 int ZmtTevUtils::countKernels()
@@ -125,17 +127,20 @@ int ZmtTevUtils::createKernelListStructures()
 
 int ZmtTevUtils::createPerPgKernelListStructures(const IGraphConfig* pgNode, unsigned int kernelCount)
 {
-    KernelArray array{std::make_unique<qv_isp_zmt_run_kernels[]>(kernelCount), kernelCount};
+    KernelArray array;
+    array.kernels = std::make_unique<qv_isp_zmt_run_kernels[]>(kernelCount);
+    array.count = kernelCount;
     NUXO_DEBUG("Allocated %d kernels for pg %s", static_cast<int>(kernelCount), nameOrFiledName(*pgNode).c_str());
     mPgMap.emplace(pgNode, std::move(array));
     return StatusOk;
 }
 
-int ZmtTevUtils::fillStreamChains(const StreamChains& chains, IGraphConfig& source)
+int ZmtTevUtils::fillStreamChains(const StreamIndex& streams, StreamChains& chains, IGraphConfig& source)
 {
-    ChainWalk walk{source, {}, {}};
-    for (const auto& [sinkContext, chain] : chains) {
+    ChainWalk walk{source, streams, {}, {}};
+    for (auto& [sinkContext, chain] : chains) {
         NUXO_DEBUG("Handling stream-chain ctx %d", sinkContext);
+        if (!isTraced()) extendUpstream(streams, walk.handledContexts, chain);
         for (auto link = chain.rbegin(); link != chain.rend(); ++link) {
             const auto [context, port] = *link;
             NUXO_DEBUG("Handling stream port ctx-%d - %s", context, nameOrFiledName(*port).c_str());
@@ -150,15 +155,16 @@ int ZmtTevUtils::fillStreamChains(const StreamChains& chains, IGraphConfig& sour
 
 int ZmtTevUtils::fillContext(int context, IGraphConfig* port, ChainWalk& walk)
 {
-    const int status = findInputHistory(context, port, walk);
-    if (status != StatusOk) return status;
+    const int found = findInputHistory(context, port, walk);
+    if (found != StatusOk) return found;
     const auto array = mExecCtxMap.find(context);
     if (array == mExecCtxMap.end()) {
         NUXO_ERROR("Could not find the exec ctx %d in the run kernels map", context);
         return StatusBadArgument;
     }
-    if (populate(context, array->second.kernels.get(), mIndexMap.at(context), walk.histories) == StatusOk)
-        return StatusOk;
+    const int populated =
+        populate(context, array->second.kernels.get(), mIndexMap.at(context), walk.histories, &walk.streams);
+    if (populated == StatusOk) return StatusOk;
     NUXO_ERROR("Creating kernel list for exec ctx id %d failed", context);
     return StatusMissingObject;
 }
@@ -167,7 +173,7 @@ int ZmtTevUtils::fillContext(int context, IGraphConfig* port, ChainWalk& walk)
 int ZmtTevUtils::findInputHistory(int context, IGraphConfig* port, ChainWalk& walk)
 {
     IGraphConfig* input = nullptr;
-    if (inputPortOf(context, &input) != StatusOk) {
+    if (findInputPort(walk.streams, context, &input) != StatusOk) {
         if (takeSourceHistory(port, walk)) return StatusOk;
         NUXO_ERROR("No Input port or source in stream %d", context);
         return StatusMissingData;

@@ -5,53 +5,31 @@
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/camera/GraphCameraUtil.h>
 #include <nuxo/camera/PortReading.h>
+#include <nuxo/histories/CropHistory.h>
 #include <nuxo/histories/KernelSettings.h>
 #include <nuxo/histories/SourceHistories.h>
 #include <nuxo/kernels/KernelSteps.h>
 #include <nuxo/kernels/ZmtTevUtils.h>
 #include <nuxo/records/RunKernels.h>
+#include <nuxo/records/Wrap.h>
 #include <nuxo/tree/NodeReading.h>
 #include <nuxo/tree/TypeNames.h>
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace NUXO {
 
 namespace {
 
-constexpr int kScaleBits = 10;
-
 using KernelConfigs = std::vector<KernelConfigContainer>;
 
-// Brings a value back to 32 bits, modulo 2^32.
-int32_t wrap(int64_t value)
-{
-    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(value)));
-}
-
-// Pixels of the source that make up one pixel of the frame, with ten fractional bits.
-int32_t scaleOf(int32_t sourceSize, int32_t cropBefore, int32_t cropAfter, int32_t frameSize)
-{
-    return wrap((int64_t{sourceSize} - cropBefore - cropAfter) * (1 << kScaleBits) / frameSize);
-}
-
-void addScaled(int32_t& total, int32_t crop, int32_t scale)
-{
-    total = wrap(total + ((int64_t{crop} * scale) >> kScaleBits));
-}
-
-// What a kernel does to the history: it crops at its input and delivers frames of its output's size.
+// What a kernel does to the history: it crops at its input and delivers frames of its output's size. Unlike in graphs with
+// kernel links, what it crops at its output does not count.
 void advance(qv_isp_zmt_resolution_info& history, const qv_isp_zmt_resolution_info& kernel)
 {
-    qv_rectangle& total = history.input_crop;
-    const qv_rectangle& crop = kernel.input_crop;
-    const int32_t scaleX = scaleOf(history.input_width, total.left, total.right, history.output_width);
-    const int32_t scaleY = scaleOf(history.input_height, total.top, total.bottom, history.output_height);
-    addScaled(total.left, crop.left, scaleX);
-    addScaled(total.top, crop.top, scaleY);
-    addScaled(total.right, crop.right, scaleX);
-    addScaled(total.bottom, crop.bottom, scaleY);
+    addFrameCrop(history, kernel.input_crop);
     history.output_width = kernel.output_width;
     history.output_height = kernel.output_height;
 }
@@ -84,13 +62,14 @@ public:
     {
     }
 
-    int run();
+    int run(const StreamIndex& streams);
 
 private:
     int handleGroup(const IGraphConfig& pg);
     int readKernels(const IGraphConfig& pg);
     int readKernel(const IGraphConfig& kernel);
     int findSinkPort(const IGraphConfig& kernel, int64_t index, KernelInfo& info);
+    IGraphConfig* portOfGroup(const IGraphConfig* pg, int id);
     IGraphConfig* sourceOf(const IGraphConfig& kernel) const;
     int fillRecord(size_t index, const IGraphConfig& kernel, const KernelSettings& settings);
     int checkIds() const;
@@ -112,7 +91,8 @@ private:
     PortHistories& mPortHistories;
     const size_t mCapacity; // of the pool and the records
     std::vector<KernelInfo> mInfos;
-    std::vector<bool> mDisabled; // kernels that feed a port which is off
+    std::vector<bool> mDisabled;         // kernels that feed a port which is off
+    std::optional<size_t> mLastDisabled; // of these the last one that was reached
     qv_isp_zmt_resolution_info mHistory;
     bool mIsFirstGroup = true;
     size_t mBase = 0; // of the current group's records
@@ -122,23 +102,24 @@ private:
     uint32_t mIdSum = 0;
     bool mHasStrayId = false; // one without a record
     std::map<int, qv_isp_zmt_resolution_info> mBranches;
+    const IGraphConfig* mPortsOf = nullptr; // the group whose ports these are
+    std::map<int, IGraphConfig*> mPorts;
 };
 
-int ZmtTevUtils::ArrayPopulation::run()
+int ZmtTevUtils::ArrayPopulation::run(const StreamIndex& streams)
 {
-    int status = StatusOk;
-    forEachOfType(mUtils.mRoot, kTypeProgramGroup, [&](const IGraphConfig& pg) {
-        int stream = 0;
-        status = pg.getValue(NUXO_KEY_STREAM_ID, stream);
-        if (status != StatusOk) {
-            NUXO_ERROR("Failed to get stream id from node %s", GraphCameraUtil::print(&pg).c_str());
-        } else if (stream == mContext) {
-            status = handleGroup(pg);
-        }
-        return status == StatusOk;
-    });
-    if (status == StatusOk) blankRest();
-    return status;
+    const auto entry = streams.groups.find(mContext);
+    const size_t readable = entry == streams.groups.end() ? 0 : entry->second.readableCount;
+    for (size_t i = 0; i < readable; ++i) {
+        const int status = handleGroup(*entry->second.all[i]);
+        if (status != StatusOk) return status;
+    }
+    if (streams.unreadable != nullptr) {
+        NUXO_ERROR("Failed to get stream id from node %s", GraphCameraUtil::print(streams.unreadable).c_str());
+        return streams.status;
+    }
+    blankRest();
+    return StatusOk;
 }
 
 int ZmtTevUtils::ArrayPopulation::handleGroup(const IGraphConfig& pg)
@@ -187,7 +168,7 @@ int ZmtTevUtils::ArrayPopulation::readKernel(const IGraphConfig& kernel)
     const int status = findSinkPort(kernel, index, info);
     if (status != StatusOk) return status;
     NUXO_DEBUG("storing info for '%s': id: %d, rcb %d, branch-point %d sink-id 0x%x restore-point %d",
-               GraphCameraUtil::print(&kernel).c_str(), wrap(index), info.rcb, info.branchPoint,
+               GraphCameraUtil::print(&kernel).c_str(), wrapTo32(index), info.rcb, info.branchPoint,
                static_cast<unsigned int>(info.sinkPort), info.restorePoint);
     ++mCount;
     mIdSum += static_cast<uint32_t>(settings.id);
@@ -208,10 +189,28 @@ IGraphConfig* ZmtTevUtils::ArrayPopulation::sourceOf(const IGraphConfig& kernel)
 int ZmtTevUtils::ArrayPopulation::findSinkPort(const IGraphConfig& kernel, int64_t index, KernelInfo& info)
 {
     if (info.sinkPort < 0) return StatusOk;
+    info.sinkPortNode = GraphCameraUtil::nodeGetPortById(&kernel, info.sinkPort);
+    if (info.sinkPortNode == nullptr) info.sinkPortNode = portOfGroup(kernel.getAncestor(), info.sinkPort);
     std::vector<int> disabledSinks;
-    const int status = unlessExhausted(mUtils.handleSinkPort(info, &kernel, disabledSinks, wrap(index)));
+    const int status = noteSinkPort(info, disabledSinks, wrapTo32(index));
     if (!disabledSinks.empty() && !isOutside(index)) mDisabled[static_cast<size_t>(index)] = true;
     return status;
+}
+
+// Many kernels may feed ports of one group.
+IGraphConfig* ZmtTevUtils::ArrayPopulation::portOfGroup(const IGraphConfig* pg, int id)
+{
+    if (mPortsOf != pg) {
+        mPorts.clear();
+        forEachOfType(pg, kTypePort, [this](IGraphConfig& port) {
+            int portId = 0;
+            if (fetch(port, NUXO_KEY_ID, portId)) mPorts.emplace(portId, &port); // of equal ones the first counts
+            return true;
+        });
+        mPortsOf = pg;
+    }
+    const auto port = mPorts.find(id);
+    return port == mPorts.end() ? nullptr : port->second;
 }
 
 int ZmtTevUtils::ArrayPopulation::fillRecord(size_t index, const IGraphConfig& kernel, const KernelSettings& settings)
@@ -277,14 +276,17 @@ int ZmtTevUtils::ArrayPopulation::finishKernel(size_t index, const KernelConfigs
     return status;
 }
 
-// Disables the kernel and those before it that feed nothing else; bypassed ones stay bypassed.
+// Disables the kernel and those before it that feed nothing else; bypassed ones stay bypassed. Where an earlier walk started,
+// the rest is done.
 void ZmtTevUtils::ArrayPopulation::disableUpTo(size_t index)
 {
     for (size_t i = index;; --i) {
         int32_t& enable = mRecords[i].enable;
         if (enable != QV_ISP_ZMT_KERNEL_BYPASS) enable = QV_ISP_ZMT_KERNEL_DISABLED;
-        if (i == 0 || mInfos[i].restorePoint > 0 || mInfos[i - 1].branchPoint > 0) return;
+        const bool isWalkedFrom = mLastDisabled && *mLastDisabled == i;
+        if (i == 0 || isWalkedFrom || mInfos[i].restorePoint > 0 || mInfos[i - 1].branchPoint > 0) break;
     }
+    mLastDisabled = index;
 }
 
 void ZmtTevUtils::ArrayPopulation::restoreBranch(const KernelInfo& info)
@@ -307,10 +309,7 @@ int ZmtTevUtils::ArrayPopulation::pass(size_t index)
         *record.resolution_info = passThrough(mHistory);
     }
     if (record.resolution_info == nullptr) return StatusOk;
-    if (mHistory.output_width == 0 || mHistory.output_height == 0) {
-        NUXO_ERROR("Resolution history output width or height is 0");
-        return StatusMissingObject;
-    }
+    if (!hasOutputSize(mHistory)) return StatusMissingObject;
     advance(mHistory, *record.resolution_info);
     return StatusOk;
 }
@@ -341,11 +340,13 @@ void ZmtTevUtils::ArrayPopulation::blankRest()
 int ZmtTevUtils::populateKernelArray(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int index,
                                      PortHistories& portHistories)
 {
-    return unlessNoMemory<int>(StatusNoMemory, [&] { return populate(ctx, kernels, index, portHistories); });
+    return unlessNoMemory<int>(StatusNoMemory, [&] { return populate(ctx, kernels, index, portHistories, nullptr); });
 }
 
-int ZmtTevUtils::populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int index, PortHistories& portHistories)
+int ZmtTevUtils::populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int index, PortHistories& portHistories,
+                          const StreamIndex* streams)
 {
+    ++mFilling;
     NUXO_DEBUG("Enter %s for ctx %d, index %d", "populateKernelArray", ctx, static_cast<int>(index));
     if (kernels == nullptr || index >= mPools.size()) {
         NUXO_ERROR("Cannot fill kernels of ctx %d: no array, or no pool at index %d", ctx, static_cast<int>(index));
@@ -353,7 +354,8 @@ int ZmtTevUtils::populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int
     }
     NUXO::dumpResHistory(mInputHistory, "inputHistory");
     NUXO::dumpPortResHistoryMap(portHistories);
-    return ArrayPopulation(*this, ctx, kernels, mPools[index], portHistories).run();
+    return ArrayPopulation(*this, ctx, kernels, mPools[index], portHistories)
+        .run(streams == nullptr ? indexStreams() : *streams);
 }
 
 // What arrives at a program group that is not the first one of its context.

@@ -18,20 +18,21 @@ namespace {
 
 constexpr int kNoStream = -1;
 
-// The `type` that NodeIterator looks for: a fresh one takes the key 0 for no type at all.
-std::string typeName(uint32_t nodeType)
-{
-    return nodeType == NUXO_KEY_NA ? "" : ItemUID::key2str(nodeType);
-}
-
 void appendAttribute(std::vector<int>& out, const IGraphConfig* root, uint32_t key, uint32_t nodeType)
 {
     std::set<int> known(out.begin(), out.end());
-    forEachOfType(root, typeName(nodeType), [&](const IGraphConfig& node) {
+    forEachOfType(root, typeText(nodeType), [&](const IGraphConfig& node) {
         int value = 0;
         if (fetch(node, key, value) && known.insert(value).second) out.push_back(value);
         return true;
     });
+}
+
+// The stream of what feeds an input port, and the port there as soon as it is known.
+int feederOf(const IGraphConfig& input, IGraphConfig** peer)
+{
+    if (resolvePeer(&input, peer) != StatusOk) return kNoStream;
+    return integerOr((*peer)->getAncestor(), NUXO_KEY_STREAM_ID, kNoStream);
 }
 
 void logChain(int context, const std::vector<std::pair<int, IGraphConfig*>>& chain)
@@ -62,37 +63,56 @@ int ZmtTevUtils::collectNodesIntAttribute(std::vector<int>& out, unsigned int ke
 int ZmtTevUtils::getUpstreamStreamId(int streamId, IGraphConfig** peer)
 {
     IGraphConfig* upstream = nullptr;
-    const int id = unlessNoMemory<int>(kNoStream, [&] { return upstreamOf(streamId, &upstream); });
+    const int id = unlessNoMemory<int>(kNoStream, [&] {
+        IGraphConfig* input = nullptr;
+        const int status = unlessExhausted(
+            GraphCameraUtil::getInputPort(NUXO_KEY_STREAM_ID, streamId, mRoot, &input, NUXO_KEY_PROGRAM_GROUP));
+        return status == StatusOk ? feederOf(*input, &upstream) : kNoStream;
+    });
     if (peer != nullptr && upstream != nullptr) *peer = upstream;
     return id;
 }
 
+// Once for all questions of a set-up: each would walk the whole graph.
+ZmtTevUtils::StreamIndex ZmtTevUtils::indexStreams() const
+{
+    StreamIndex streams;
+    forEachOfType(mRoot, kTypeProgramGroup, [&streams](IGraphConfig& pg) {
+        int stream = 0;
+        const int status = pg.getValue(NUXO_KEY_STREAM_ID, stream);
+        if (status == StatusOk) {
+            StreamGroups& groups = streams.groups[stream];
+            groups.all.push_back(&pg);
+            if (streams.unreadable == nullptr) ++groups.readableCount;
+        } else if (streams.unreadable == nullptr) {
+            streams.unreadable = &pg;
+            streams.status = status;
+        }
+        return true;
+    });
+    return streams;
+}
+
 // Streams are told by `stream_id` here, whatever groups the kernels.
-int ZmtTevUtils::inputPortOf(int streamId, IGraphConfig** port) const
+int ZmtTevUtils::findInputPort(const StreamIndex& streams, int streamId, IGraphConfig** port)
 {
-    return unlessExhausted(
-        GraphCameraUtil::getInputPort(NUXO_KEY_STREAM_ID, streamId, mRoot, port, NUXO_KEY_PROGRAM_GROUP));
+    const auto groups = streams.groups.find(streamId);
+    if (groups == streams.groups.end()) return StatusBadArgument;
+    return inputPortOf(groups->second.all, NUXO_KEY_STREAM_ID, streamId, port, NUXO_KEY_PROGRAM_GROUP);
 }
 
-// The stream of what feeds a stream, and the port there as soon as it is known.
-int ZmtTevUtils::upstreamOf(int streamId, IGraphConfig** peer) const
-{
-    IGraphConfig* input = nullptr;
-    if (inputPortOf(streamId, &input) != StatusOk || resolvePeer(input, peer) != StatusOk) return kNoStream;
-    return integerOr((*peer)->getAncestor(), NUXO_KEY_STREAM_ID, kNoStream);
-}
-
-int ZmtTevUtils::getStreamChains(StreamChains& chains)
+int ZmtTevUtils::getStreamChains(const StreamIndex& streams, StreamChains& chains) const
 {
     int status = StatusOk;
     forEachOfType(mRoot, kTypeSink, [&](const IGraphConfig& sink) {
-        if (textOr(&sink, NUXO_KEY_CONTENT_TYPE, kPixelData) == kPixelData) status = addStreamChain(sink, chains);
+        if (textOr(&sink, NUXO_KEY_CONTENT_TYPE, kPixelData) == kPixelData)
+            status = addStreamChain(sink, streams, chains);
         return status == StatusOk;
     });
     return status;
 }
 
-int ZmtTevUtils::addStreamChain(const IGraphConfig& sink, StreamChains& chains) const
+int ZmtTevUtils::addStreamChain(const IGraphConfig& sink, const StreamIndex& streams, StreamChains& chains)
 {
     const int context = GraphCameraUtil::portGetStreamId(&sink);
     if (context < 0) {
@@ -109,25 +129,29 @@ int ZmtTevUtils::addStreamChain(const IGraphConfig& sink, StreamChains& chains) 
         return StatusMissingObject;
     }
     StreamChain chain = {{context, peer}};
-    extendUpstream(chain);
-    logChain(context, chain);
+    if (isTraced()) {
+        extendUpstream(streams, {}, chain);
+        logChain(context, chain);
+    }
     chains.emplace(context, std::move(chain));
     return StatusOk;
 }
 
-// Goes up until nothing feeds the context, or one that is in the chain does.
-void ZmtTevUtils::extendUpstream(StreamChain& chain) const
+// Goes up until nothing feeds the context, one that is in the chain does, or one that is known already.
+void ZmtTevUtils::extendUpstream(const StreamIndex& streams, const std::set<int>& knownContexts, StreamChain& chain)
 {
     int context = chain.front().first;
-    std::set<int> known = {context};
+    std::set<int> contexts = {context};
     NUXO_DEBUG("Trying to find upstream contexts from %d", context);
-    while (true) {
-        IGraphConfig* peer = nullptr;
-        context = upstreamOf(context, &peer);
+    while (knownContexts.count(context) == 0) {
+        IGraphConfig* input = nullptr;
+        IGraphConfig* port = nullptr;
+        if (findInputPort(streams, context, &input) != StatusOk) return;
+        context = feederOf(*input, &port);
         if (context < 0) return;
-        NUXO_DEBUG("Found ctx-id %d, with output %s", context, nameOrFiledName(*peer).c_str());
-        if (!known.insert(context).second) return;
-        chain.emplace_back(context, peer);
+        NUXO_DEBUG("Found ctx-id %d, with output %s", context, nameOrFiledName(*port).c_str());
+        if (!contexts.insert(context).second) return;
+        chain.emplace_back(context, port);
     }
 }
 

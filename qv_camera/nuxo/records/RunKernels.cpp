@@ -112,7 +112,7 @@ void dumpRunKernels(const qv_isp_zmt_run_kernels* kernels, uint32_t count)
 
 void dumpResHistory(const qv_isp_zmt_resolution_info& history, const char* name)
 {
-    NUXO_ERROR("%s:%s", name, resInfoToStr(history));
+    NUXO_ERROR("%s:%s", name == nullptr ? "NA" : name, resInfoToStr(history));
 }
 
 } // namespace NUXO

@@ -54,6 +54,7 @@ typedef struct qv_isp_zmt_run_kernels {
     uint32_t stream_id;
     uint32_t kernel_uuid;                           /**< identity in the parameter library, `pal_uuid` of the graph */
     int32_t enable;                                 /**< one of qv_isp_zmt_kernel_state */
+    uint32_t padding;                               /**< 0 */
     qv_isp_zmt_resolution_info* resolution_info;    /**< the kernel's own resolutions, null when it declares none */
     qv_isp_zmt_resolution_info* resolution_history; /**< of the frame that arrives at the kernel, or null */
     uint32_t metadata[QV_ISP_ZMT_METADATA_COUNT];
@@ -87,6 +88,7 @@ static_assert(sizeof(qv_isp_zmt_run_kernels) == 80, "layout is shared with the p
 static_assert(offsetof(qv_isp_zmt_run_kernels, stream_id) == 0, "layout");
 static_assert(offsetof(qv_isp_zmt_run_kernels, kernel_uuid) == 4, "layout");
 static_assert(offsetof(qv_isp_zmt_run_kernels, enable) == 8, "layout");
+static_assert(offsetof(qv_isp_zmt_run_kernels, padding) == 12, "layout");
 static_assert(offsetof(qv_isp_zmt_run_kernels, resolution_info) == 16, "layout");
 static_assert(offsetof(qv_isp_zmt_run_kernels, resolution_history) == 24, "layout");
 static_assert(offsetof(qv_isp_zmt_run_kernels, metadata) == 32, "layout");

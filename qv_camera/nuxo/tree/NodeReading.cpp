@@ -4,19 +4,7 @@
 #include <nuxo/tree/PathReader.h>
 #include <nuxo/tree/TreeAccess.h>
 
-#include <new>
-
 namespace NUXO {
-
-namespace {
-
-int32_t unlessExhausted(int32_t status)
-{
-    if (status == StatusNoMemory) throw std::bad_alloc();
-    return status;
-}
-
-} // namespace
 
 int32_t readText(const IGraphConfig& node, uint32_t key, std::string& text)
 {
@@ -57,10 +45,24 @@ IGraphConfig* descendantAt(const IGraphConfig& node, const std::string& path, Ke
     return own != nullptr ? followPath(*own, path, keys) : node.getDescendantByString(path);
 }
 
+std::string typeText(uint32_t type)
+{
+    return type == NUXO_KEY_NA ? "" : ItemUID::key2str(type);
+}
+
 std::string filedName(const IGraphConfig& node)
 {
     const GraphConfigNode* const own = asNode(&node);
     return own != nullptr ? nameOf(*own) : node.getName();
+}
+
+std::string fileNameOf(const IGraphConfig& node)
+{
+    std::string name;
+    const IGraphConfig* const parent = node.getAncestor();
+    const bool isFiledByName =
+        parent != nullptr && fetch(node, NUXO_KEY_NAME, name) && parent->getDescendant(ItemUID::str2key(name)) == &node;
+    return isFiledByName ? name : filedName(node);
 }
 
 std::string nameOrFiledName(const IGraphConfig& node)

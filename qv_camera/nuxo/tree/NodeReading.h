@@ -3,15 +3,24 @@
 #ifndef NUXO_TREE_NODE_READING_H
 #define NUXO_TREE_NODE_READING_H
 
+#include <nuxo/NuxoStatus.h>
 #include <nuxo/tree/IGraphConfig.h>
 #include <nuxo/tree/KeyCache.h>
 #include <nuxo/tree/NodeIterator.h>
 #include <nuxo/tree/NuxoKeys.h>
 
 #include <cstdint>
+#include <new>
 #include <string>
 
 namespace NUXO {
+
+/// A status, but throws std::bad_alloc for StatusNoMemory, so that what memory could not hold does not count as missing.
+inline int32_t unlessExhausted(int32_t status)
+{
+    if (status == StatusNoMemory) throw std::bad_alloc();
+    return status;
+}
 
 /// Reads a text attribute. Unlike IGraphConfig::getValue it lets std::bad_alloc out, so that a text which memory cannot
 /// hold does not count as missing.
@@ -33,6 +42,12 @@ IGraphConfig* descendantAt(const IGraphConfig& node, const std::string& path, Ke
 
 /// What IGraphConfig::getName gives, but lets std::bad_alloc out.
 std::string filedName(const IGraphConfig& node);
+
+/// The same without its searches of siblings and vocabulary where the node is filed under its `name`, as in every built graph.
+std::string fileNameOf(const IGraphConfig& node);
+
+/// The `type` text of a kind of node as NodeIterator looks for it: a fresh one takes the key 0 for no type at all.
+std::string typeText(uint32_t type);
 
 /// The `name`, or else the name under which the parent files the node. May throw std::bad_alloc.
 std::string nameOrFiledName(const IGraphConfig& node);
