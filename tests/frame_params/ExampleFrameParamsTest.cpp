@@ -55,8 +55,8 @@ TEST_P(ExampleSensors, EverySettingGivesTheFrameOfItsMode)
 }
 
 INSTANTIATE_TEST_SUITE_P(Generations, ExampleSensors,
-                         ::testing::Values(Generation{"kva5", 21, 7}, Generation{"kva6", 21, 7},
-                                           Generation{"kva7", 23, 7}),
+                         ::testing::Values(Generation{"kva5", 22, 8}, Generation{"kva6", 22, 7},
+                                           Generation{"kva7", 24, 7}),
                          [](const auto& generation) { return std::string(generation.param.name); });
 
 class ExamplePorts : public FrameParamsTest {
