@@ -8,16 +8,6 @@
 
 namespace NUXO {
 
-namespace {
-
-int failed(int status, const char* message)
-{
-    if (status != StatusOk) NUXO_ERROR("%s", message);
-    return status;
-}
-
-} // namespace
-
 GraphUtil::GraphUtil() = default;
 
 GraphUtil::~GraphUtil()
@@ -37,17 +27,26 @@ int GraphUtil::init(unsigned int subgraphKey, const IGraphConfig* settings, GdfV
     releaseGraph();
     mSubgraphKey = subgraphKey;
     mSettings = settings;
-    const int status = unlessNoMemory<int>(StatusNoMemory, [this] { return analyze(); });
+    const int status = analyze();
     if (status != StatusOk) clearMarks();
     return status;
 }
 
 int GraphUtil::analyze()
 {
-    int status = failed(analyzeGraphSettings(), "Graph settings analysis failed");
-    if (status == StatusOk) status = failed(allocateTevData(), "TEV data allocation failed");
-    if (status == StatusOk) status = failed(populateTevData(), "TEV structures population failed");
-    return status;
+    const auto run = [this](int (GraphUtil::*step)(), const char* failureMessage) {
+        const int status = unlessNoMemory<int>(StatusNoMemory, [this, step] { return (this->*step)(); });
+        if (status != StatusOk) NUXO_ERROR("%s", failureMessage);
+        return status;
+    };
+    int status = run(&GraphUtil::analyzeGraphSettings, "Graph settings analysis failed");
+    if (status != StatusOk) return status;
+    status = run(&GraphUtil::allocateTevData, "TEV data allocation failed");
+    if (status != StatusOk) {
+        deleteTevStructs();
+        return status;
+    }
+    return run(&GraphUtil::populateTevData, "TEV structures population failed");
 }
 
 // A walk that breaks off leaves marks, which would keep the dumps from what they show.
@@ -64,6 +63,7 @@ void GraphUtil::clearMarks()
 void GraphUtil::releaseGraph()
 {
     deleteTevStructs();
+    mSources.clear();
     mPgsBySubGraph.clear();
     mPgSubGraphs.clear();
     mSubGraphs.clear();
@@ -71,6 +71,8 @@ void GraphUtil::releaseGraph()
     mConnections.clear();
     mConnectionEnds.clear();
     mConnectionsBySink.clear();
+    mConnectionsByPort.clear();
+    mFirstConnections.clear();
     mSourceHistory = {};
 }
 
@@ -81,7 +83,7 @@ int GraphUtil::analyzeGraphSettings()
     while (IGraphConfig* const node = nodes.iterateDescendants()) {
         const int status = addGraphNode(*node);
         if (status != StatusOk) return status;
-        indexProgramGroup(*node);
+        indexNode(*node);
     }
     const IGraphConfig* const graph = mSettings->getDescendant(NUXO_KEY_GRAPH);
     if (graph == nullptr) {
@@ -105,11 +107,13 @@ int GraphUtil::analyzeGraphSettings()
 }
 
 // Also those that are not fit for the outer graph, or go from there for lack of a sink: their ports count.
-void GraphUtil::indexProgramGroup(IGraphConfig& node)
+void GraphUtil::indexNode(IGraphConfig& node)
 {
-    const char* const type = mPgKey == NUXO_KEY_COMPUTE_BLOCK ? kTypeComputeBlock : kTypeProgramGroup;
+    const char* const groupType = mPgKey == NUXO_KEY_COMPUTE_BLOCK ? kTypeComputeBlock : kTypeProgramGroup;
+    const std::string type = textOr(&node, NUXO_KEY_TYPE, "");
     int id = 0;
-    if (fetch(node, mSubgraphKey, id) && textOr(&node, NUXO_KEY_TYPE, "") == type) mPgsBySubGraph[id].push_back(&node);
+    if (type == kTypeSource) mSources.push_back(&node);
+    if (type == groupType && fetch(node, mSubgraphKey, id)) mPgsBySubGraph[id].push_back(&node);
 }
 
 int GraphUtil::subgraphIdOf(const GraphNode& node) const

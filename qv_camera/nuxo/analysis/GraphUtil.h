@@ -17,6 +17,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace NUXO {
@@ -40,17 +41,18 @@ public:
     ///
     /// @param subgraphKey  NUXO_KEY_STREAM_ID or NUXO_KEY_EXEC_CTX_ID: what tells subgraphs apart
     /// @param settings     root of the built graph, not owned
-    /// @param version      6 or 7: in generation 7 compute blocks take the place of program groups
+    /// @param version      6 or later: in generation 7 compute blocks take the place of program groups
     /// @return             StatusOk; StatusBadArgument for wrong arguments, with nothing changed; StatusMissingObject without
     ///                     `graph` or source, for an inconsistent size or a link to the inactive input of a mux (generation
     ///                     6); StatusBadState for two nodes of one name, a kernel without identity, or a link to nothing;
-    ///                     StatusMissingData when records and kernels do not agree; StatusNoMemory
+    ///                     StatusMissingData when records and kernels do not agree; what reading the source gives, such as
+    ///                     StatusNotSupported for one of another kind or StatusNotFound without sizes; StatusNoMemory
     int init(unsigned int subgraphKey, const IGraphConfig* settings, GdfVersion version);
 
-    /// Adds the subgraph ids of the graph's nodes; a node without one adds -1.
+    /// Adds the subgraph ids of the graph's nodes; a node without one adds -1. Stops early when memory is exhausted.
     void getAvailableSubgraphs(std::set<int>& ids);
 
-    /// The records of one subgraph, in the order of program group and kernel names.
+    /// The records of one subgraph, in the order of the texts "group:kernel".
     ///
     /// @param pg  receives pointers that stay valid until the next init or the destructor; untouched on failure
     /// @return    StatusOk; StatusBadState for an unknown id
@@ -99,14 +101,19 @@ private:
         void addChild(BaseGraphNode* child, std::string port);
         void addParent(BaseGraphNode* parent, std::string port);
 
+        /// The first parent that is neither visited nor needless, null when there is none. Parents only come to be visited
+        /// during a walk, so the search goes on where it last stopped.
+        template <typename IsNeedless> const BaseGraphNode* findPendingParent(IsNeedless isNeedless);
+
         /// Removes this node from its neighbours' links; its own stay.
         void emanzipate();
 
         std::string name;
         IGraphConfig* node = nullptr; ///< what it stands for
         bool visited = false;
-        Links parents;  ///< in the outer graph with the neighbours' ports
-        Links children; ///< in the outer graph with the neighbours' ports
+        BaseGraphNode* pendingParent = nullptr; ///< the last one that a walk waited for
+        Links parents;                          ///< in the outer graph with the neighbours' ports
+        Links children;                         ///< in the outer graph with the neighbours' ports
         const uint64_t sequence;
     };
 
@@ -190,7 +197,7 @@ private:
 
     // Outer graph.
     QV_LOCAL int addGraphNode(IGraphConfig& node);
-    QV_LOCAL void indexProgramGroup(IGraphConfig& node);
+    QV_LOCAL void indexNode(IGraphConfig& node);
     QV_LOCAL int addGraphConnection(IGraphConfig& connection);
     QV_LOCAL int removeUnusedNodes();
     QV_LOCAL int traverseGraph(BaseGraphNode* start, Visitor& visitor, bool forward);
@@ -206,14 +213,15 @@ private:
     QV_LOCAL int collectNode(SubGraphInfo& sg, GraphNode& node);
     QV_LOCAL int collectInnerGraph(SubGraphInfo& sg);
     QV_LOCAL int getCrossSgInPorts(GraphNode& node, std::vector<IGraphConfig*>& inPorts);
-    QV_LOCAL int findCrossSgInPort(const GraphNode& node, const GraphNode& parent, std::vector<IGraphConfig*>& inPorts);
+    QV_LOCAL int findCrossSgInPort(const GraphNode& node, const GraphNode& parent, IGraphConfig*& port) const;
     QV_LOCAL int collectPgInnerGraph(SubGraphInfo& sg, IGraphConfig& pg);
     QV_LOCAL int addImagingNode(SubGraphInfo& sg, IGraphConfig& kernel, std::string pgName);
     QV_LOCAL int addRoutingNode(SubGraphInfo& sg, IGraphConfig& node, ImagingNodeType type, std::string pgName);
     QV_LOCAL int addImagingLink(SubGraphInfo& sg, IGraphConfig& klink, IGraphConfig& pg);
     QV_LOCAL std::shared_ptr<ImagingNode> addPortNode(SubGraphInfo& sg, IGraphConfig& port, ImagingNodeType type);
     struct LinkEnd;
-    QV_LOCAL int findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& end, ImagingNode*& found);
+    QV_LOCAL int findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& end,
+                             std::shared_ptr<ImagingNode>& found);
     QV_LOCAL int collectSourceInnerGraph(SubGraphInfo& sg);
     QV_LOCAL std::vector<size_t> connectionsInto(const SubGraphInfo& sg) const;
     QV_LOCAL int collectInterPgConnections(SubGraphInfo& sg);
@@ -269,6 +277,7 @@ private:
     QV_LOCAL bool allocateProgramGroups(const SubGraphInfo& sg);
     QV_LOCAL static int collectRecords(const IGraphConfig& pgNode, const SubGraphInfo& sg, size_t limit,
                                        std::vector<NumberedRecord>& records);
+    QV_LOCAL const IGraphConfig& ownPg(const IGraphConfig& pgNode) const;
     QV_LOCAL int findPg(const IGraphConfig& pgNode, const SubGraphInfo*& sg, KernelInfoMemPool*& pool) const;
     QV_LOCAL int populateTevData();
     QV_LOCAL int fillTevRunKernels(SubGraphInfo& sg);
@@ -286,6 +295,9 @@ private:
     uint32_t mPgKey = NUXO_KEY_PROGRAM_GROUP;
     std::vector<ConnectionEnds> mConnectionEnds;                               ///< of mConnections
     std::unordered_map<std::string, std::vector<size_t>> mConnectionsBySink;   ///< by the name of the node they lead to
+    std::unordered_map<std::string, std::vector<size_t>> mConnectionsByPort;   ///< by the whole text of the sink
+    std::map<std::pair<std::string, std::string>, size_t> mFirstConnections;   ///< by the names of source and sink
+    std::vector<IGraphConfig*> mSources;                                       ///< of the whole graph, in its order
     std::map<int, std::vector<IGraphConfig*>> mPgsBySubGraph;                  ///< of the whole graph, in its order
     std::unordered_map<const IGraphConfig*, const SubGraphInfo*> mPgSubGraphs; ///< by program group
     std::unordered_map<const IGraphConfig*, KernelInfoMemPool*> mPgPools;      ///< by program group

@@ -5,6 +5,7 @@
 #include <nuxo/tree/NodeReading.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace NUXO {
 
@@ -22,16 +23,21 @@ bool isOff(const IGraphConfig& port)
 
 } // namespace
 
-// Marks are cleared after each walk: otherwise the outcome would depend on the order of the walks.
+// Marks are cleared after each walk, so that the walks in the other direction see all nodes; those in the same direction
+// find nothing new behind a node that one of them passed.
 int GraphUtil::disableDisconnectedKernels(SubGraphInfo& sg)
 {
     if (mGdfVersion < GdfVersionKVA7) return StatusOk;
     NUXO_DEBUG("Starting to disable disconnected kernels!");
     std::vector<BaseGraphNode*> visited;
+    std::unordered_set<const BaseGraphNode*> passedDownstream; // only looked up
+    std::unordered_set<const BaseGraphNode*> passedUpstream;
     const auto walk = [&](BaseGraphNode* start, bool downstream) {
+        std::unordered_set<const BaseGraphNode*>& passed = downstream ? passedDownstream : passedUpstream;
         Visitor visitor = [&](BaseGraphNode* node) {
             visited.push_back(node);
-            return kernelDisconectedVisitor(node, downstream);
+            return passed.insert(node).second ? kernelDisconectedVisitor(node, downstream)
+                                              : static_cast<int>(StatusNoMoreMatches);
         };
         const int result = traverseGraph(start, visitor, downstream);
         for (BaseGraphNode* const node : visited) node->visited = false;

@@ -204,6 +204,7 @@ int GraphUtil::getInnerGraph(int id, std::vector<InnerGraphNode>& nodes) const
     nodes.clear();
     const auto found = mSubGraphs.find(id);
     if (found == mSubGraphs.end()) return StatusBadState;
+    std::vector<InnerGraphNode> result;
     return unlessNoMemory<int>(StatusNoMemory, [&] {
         std::unordered_map<const BaseGraphNode*, size_t> indexes;
         for (const auto& entry : found->second->imagingNodes) indexes.emplace(entry.second.get(), indexes.size());
@@ -224,8 +225,9 @@ int GraphUtil::getInnerGraph(int id, std::vector<InnerGraphNode>& nodes) const
                 if (link.hasHistory) link.history = history->second;
                 shown.links.push_back(std::move(link));
             }
-            nodes.push_back(std::move(shown));
+            result.push_back(std::move(shown));
         }
+        nodes.swap(result);
         return static_cast<int>(StatusOk);
     });
 }

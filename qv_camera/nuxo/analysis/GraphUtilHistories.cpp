@@ -48,13 +48,22 @@ bool fits(const std::string& kernel, const qv_isp_zmt_resolution_info& info, con
 
 } // namespace
 
+template <typename IsNeedless>
+const GraphUtil::BaseGraphNode* GraphUtil::BaseGraphNode::findPendingParent(IsNeedless isNeedless)
+{
+    auto parent = pendingParent == nullptr ? parents.begin() : parents.find(pendingParent);
+    while (parent != parents.end() && (parent->first->visited || isNeedless(*parent->first))) ++parent;
+    pendingParent = parent == parents.end() ? nullptr : parent->first;
+    return pendingParent;
+}
+
 int GraphUtil::resHistoryCalcVisitor(BaseGraphNode* subgraph)
 {
     if (subgraph == nullptr) return StatusMissingObject;
     SubGraphInfo& sg = static_cast<SubGraphInfo&>(*subgraph);
     const bool isSource = sg.inputPorts.empty();
-    const auto isPending = [](const auto& parent) { return !parent.first->visited; };
-    if (!isSource && std::any_of(sg.parents.begin(), sg.parents.end(), isPending)) return StatusNotReady;
+    const auto isNeedless = [](const BaseGraphNode&) { return false; };
+    if (!isSource && sg.findPendingParent(isNeedless) != nullptr) return StatusNotReady;
 
     return calculateHistories(sg, isSource);
 }
@@ -117,6 +126,7 @@ int GraphUtil::seedInput(ImagingNode& port)
 
 int GraphUtil::passHistoryFromInput(SubGraphInfo& sg, ImagingNode& port)
 {
+    if (port.visited) return StatusOk; // another input leads there, too
     const int status = seedInput(port);
     return status == StatusOk ? passHistoryFrom(sg, port) : status;
 }
@@ -205,7 +215,7 @@ int GraphUtil::chooseHistory(ImagingNode& node, const qv_isp_zmt_resolution_info
     const char* const name = node.name.c_str();
     const auto isVisited = [](const auto& parent) { return parent.first->visited; };
     const auto feeds = [](const auto& parent) { return parent.first->visited && isEnabled(*parent.first); };
-    const bool isFed = std::any_of(node.parents.begin(), node.parents.end(), feeds);
+    const auto isFed = [&] { return std::any_of(node.parents.begin(), node.parents.end(), feeds); };
     const bool isFedBySelf = node.type == INPUT_PORT && (node.flags & SameNodeEnd) != 0;
     const bool isSeeded = !node.resHistories.empty();
     const auto useSeed = [&] {
@@ -216,18 +226,18 @@ int GraphUtil::chooseHistory(ImagingNode& node, const qv_isp_zmt_resolution_info
     if (node.parents.empty()) NUXO_DEBUG("node %s has no parent, looking inside", name);
     if (node.parents.empty() || isFedBySelf) {
         if (isSeeded) return useSeed();
-        if (!isFed) {
+        if (!isFed()) {
             NUXO_ERROR("Node %s with no parents has not been seeded with initial reshistory- BUG", name);
             return StatusMissingObject;
         }
     }
-    for (const auto& parent : node.parents) {
-        if (parent.first->visited || !isEnabled(*parent.first)) continue;
+    const auto isNeedless = [](const BaseGraphNode& parent) { return !isEnabled(parent); };
+    if (const BaseGraphNode* const pending = node.findPendingParent(isNeedless)) {
         NUXO_DEBUG("Node %s not ready to be visited, not all active parents have been visited yet ex: %s", name,
-                   parent.first->name.c_str());
+                   pending->name.c_str());
         return StatusNotReady;
     }
-    if (isFed) return largestOffer(node, found);
+    if (isFed()) return largestOffer(node, found);
     const bool isReached = std::any_of(node.parents.begin(), node.parents.end(), isVisited);
     if (isReached && node.type == INPUT_PORT && isSeeded) return useSeed(); // only disabled nodes lead here
     NUXO_ERROR("No parent of node %s has been visited, cannot get res-history", name);

@@ -162,7 +162,7 @@ struct GraphUtil::LinkEnd {
     const char* noPortMessage;
 };
 
-int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& end, ImagingNode*& found)
+int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& end, std::shared_ptr<ImagingNode>& found)
 {
     if (!end.port.empty()) {
         const auto entry = sg.imagingNodes.find(fileNameOf(pg) + ":" + end.node);
@@ -171,7 +171,7 @@ int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& en
                        end.node.c_str());
             return StatusBadState;
         }
-        found = entry->second.get();
+        found = entry->second;
         return StatusOk;
     }
     IGraphConfig* const port = end.node.empty() ? nullptr : descendantAt(pg, end.node);
@@ -179,7 +179,7 @@ int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& en
         NUXO_LOG(LogError, kGraphTag, end.noPortMessage, end.node.c_str());
         return StatusBadState;
     }
-    found = addPortNode(sg, *port, end.portType).get();
+    found = addPortNode(sg, *port, end.portType);
     if (found == nullptr) {
         NUXO_ERROR("Failed to allocate imaging node struct for port");
         return StatusNoMemory;
@@ -192,7 +192,7 @@ int GraphUtil::findLinkEnd(SubGraphInfo& sg, IGraphConfig& pg, const LinkEnd& en
 int GraphUtil::addImagingLink(SubGraphInfo& sg, IGraphConfig& klink, IGraphConfig& pg)
 {
     const KernelLink link(klink);
-    ImagingNode* source = nullptr;
+    std::shared_ptr<ImagingNode> source;
     int status =
         findLinkEnd(sg, pg, {link.srcNode, link.srcPort, INPUT_PORT, "Failed find port node %s from PG "}, source);
     if (status != StatusOk) return status;
@@ -202,7 +202,7 @@ int GraphUtil::addImagingLink(SubGraphInfo& sg, IGraphConfig& klink, IGraphConfi
             NUXO_WARN("Found klink from a demux non active output %s- FIX your GDF!! use the YXA oficial version",
                       link.toStr().c_str());
     }
-    ImagingNode* sink = nullptr;
+    std::shared_ptr<ImagingNode> sink;
     status =
         findLinkEnd(sg, pg, {link.dstNode, link.dstPort, OUTPUT_PORT, "Failed find port node %s from PG port"}, sink);
     if (status != StatusOk) return status;
@@ -213,12 +213,13 @@ int GraphUtil::addImagingLink(SubGraphInfo& sg, IGraphConfig& klink, IGraphConfi
             return StatusMissingObject;
         }
     }
-    if (source == nullptr || sink == nullptr) {
+    const bool isReplaced = source != nullptr && source.use_count() == 1; // by the sink, a node of the same full name
+    if (source == nullptr || sink == nullptr || isReplaced) {
         NUXO_DEBUG("Klink %s skipped due to mux config", link.toStr().c_str());
         return StatusOk;
     }
-    sink->addParent(source, link.dstPort);
-    source->addChild(sink, link.srcPort);
+    sink->addParent(source.get(), link.dstPort);
+    source->addChild(sink.get(), link.srcPort);
     NUXO_DEBUG("Addded link %s", link.toStr().c_str());
     return StatusOk;
 }

@@ -168,20 +168,22 @@ int GraphUtil::getTevData(int id, qv_isp_zmt_program_group& pg)
     return StatusOk;
 }
 
-// By the node itself, or else by its name: clients may ask with the node of another copy of the graph.
+// The node of the analysed graph: clients may ask with that of another copy, which is then found by its name.
+const IGraphConfig& GraphUtil::ownPg(const IGraphConfig& pgNode) const
+{
+    if (mPgSubGraphs.count(&pgNode) != 0) return pgNode;
+    const auto node = mGraphNodes.find(textOr(&pgNode, NUXO_KEY_NAME, ""));
+    return node == mGraphNodes.end() ? pgNode : *node->second->node;
+}
+
 int GraphUtil::findPg(const IGraphConfig& pgNode, const SubGraphInfo*& sg, KernelInfoMemPool*& pool) const
 {
-    const IGraphConfig* pg = &pgNode;
-    if (mPgSubGraphs.count(pg) == 0) {
-        const auto node = mGraphNodes.find(textOr(&pgNode, NUXO_KEY_NAME, ""));
-        if (node != mGraphNodes.end()) pg = node->second->node;
-    }
-    const auto subGraph = mPgSubGraphs.find(pg);
+    const auto subGraph = mPgSubGraphs.find(&pgNode);
     if (subGraph == mPgSubGraphs.end()) {
         NUXO_ERROR("Could not find the PG %s in the Subgraphs map", GraphCameraUtil::print(&pgNode).c_str());
         return StatusBadArgument;
     }
-    const auto entry = mPgPools.find(pg);
+    const auto entry = mPgPools.find(&pgNode);
     if (entry == mPgPools.end()) {
         NUXO_ERROR("Could not find the PG %s in the PG memory pool map", GraphCameraUtil::print(&pgNode).c_str());
         return StatusBadArgument;
@@ -209,7 +211,10 @@ int GraphUtil::collectRecords(const IGraphConfig& pgNode, const SubGraphInfo& sg
             return false;
         }
         const auto node = sg.imagingNodes.find(prefix + nameOrFiledName(kernel));
-        if (node == sg.imagingNodes.end() || node->second->tevRunKernel == nullptr) return false;
+        if (node == sg.imagingNodes.end() || node->second->tevRunKernel == nullptr) {
+            NUXO_ERROR("Could not find the record of %s", GraphCameraUtil::print(&kernel).c_str());
+            return false;
+        }
         records.push_back({integerOr(&kernel, NUXO_KEY_ID, 0), *node->second->tevRunKernel});
         records.back().record.kernel_uuid = static_cast<uint32_t>(palUuid);
         status = StatusOk;
@@ -225,13 +230,15 @@ int GraphUtil::getPgTevData(const IGraphConfig* pgNode, qv_isp_zmt_program_group
     return unlessNoMemory<int>(StatusNoMemory, [&] {
         const SubGraphInfo* sg = nullptr;
         KernelInfoMemPool* pool = nullptr;
-        int status = findPg(*pgNode, sg, pool);
+        const IGraphConfig& ownNode = ownPg(*pgNode);
+        int status = findPg(ownNode, sg, pool);
         if (status != StatusOk) return status;
         int tuningMode = 0;
-        if (!fetch(*pgNode, NUXO_KEY_TUNING_MODE, tuningMode))
-            NUXO_WARN("Could not find the tuning mode for PG %s default to 0", GraphCameraUtil::print(pgNode).c_str());
+        if (!fetch(ownNode, NUXO_KEY_TUNING_MODE, tuningMode))
+            NUXO_WARN("Could not find the tuning mode for PG %s default to 0",
+                      GraphCameraUtil::print(&ownNode).c_str());
         std::vector<NumberedRecord> records;
-        status = collectRecords(*pgNode, *sg, pool->kernels.size(), records);
+        status = collectRecords(ownNode, *sg, pool->kernels.size(), records);
         if (status != StatusOk) return status;
         std::stable_sort(records.begin(), records.end(),
                          [](const NumberedRecord& a, const NumberedRecord& b) { return a.id < b.id; });

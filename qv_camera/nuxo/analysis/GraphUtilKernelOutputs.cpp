@@ -7,33 +7,46 @@
 #include <nuxo/records/RunKernels.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <map>
 
 namespace NUXO {
 
 namespace {
 
 // Outputs are numbers in links and settings: "1" and "01" name the same one.
-bool isSameOutput(const std::string& a, const std::string& b)
+std::string numberOf(const std::string& output)
 {
-    if (a == b) return true;
-    char* endOfA = nullptr;
-    char* endOfB = nullptr;
-    const long valueOfA = std::strtol(a.c_str(), &endOfA, 10);
-    const long valueOfB = std::strtol(b.c_str(), &endOfB, 10);
-    const bool areNumbers = !a.empty() && !b.empty() && *endOfA == '\0' && *endOfB == '\0';
-    return areNumbers && valueOfA == valueOfB;
+    const bool isNumber = !output.empty() && output.find_first_not_of("0123456789") == std::string::npos;
+    if (!isNumber) return output;
+    const size_t start = output.find_first_not_of('0');
+    return start == std::string::npos ? "0" : output.substr(start);
 }
 
-const KernelResolution* findOutput(const std::vector<KernelResolution>& resolutions, const std::string& label)
-{
-    const auto exact = std::find_if(resolutions.begin(), resolutions.end(),
-                                    [&](const KernelResolution& entry) { return entry.first == label; });
-    if (exact != resolutions.end()) return &*exact;
-    const auto same = std::find_if(resolutions.begin(), resolutions.end(),
-                                   [&](const KernelResolution& entry) { return isSameOutput(entry.first, label); });
-    return same == resolutions.end() ? nullptr : &*same;
-}
+// The resolutions that the settings state, of equal outputs the first one.
+class StatedResolutions {
+public:
+    explicit StatedResolutions(const std::vector<KernelResolution>& stated)
+    {
+        for (const KernelResolution& entry : stated) {
+            mByText.emplace(entry.first, &entry);
+            mByNumber.emplace(numberOf(entry.first), &entry);
+        }
+    }
+
+    size_t count() const { return mByText.size(); }
+
+    const KernelResolution* find(const std::string& label) const
+    {
+        const auto exact = mByText.find(label);
+        if (exact != mByText.end()) return exact->second;
+        const auto same = mByNumber.find(numberOf(label));
+        return same == mByNumber.end() ? nullptr : same->second;
+    }
+
+private:
+    std::map<std::string, const KernelResolution*> mByText;
+    std::map<std::string, const KernelResolution*> mByNumber;
+};
 
 } // namespace
 
@@ -58,21 +71,22 @@ int GraphUtil::getKernelResolutionInfos(ImagingNode& node)
         NUXO_ERROR("Node %s settings have no res info - fix settings", name);
         return StatusMissingObject;
     }
-    if (stated.size() != node.children.size())
+    const StatedResolutions resolutions(stated);
+    if (resolutions.count() != node.children.size())
         NUXO_WARN("Node %s settings have %ld res info but node has %ld children", name,
-                  static_cast<long>(stated.size()), static_cast<long>(node.children.size()));
+                  static_cast<long>(resolutions.count()), static_cast<long>(node.children.size()));
 
     const std::vector<std::string> labels = outputLabels(node);
     const KernelResolution& standard = stated.front();
     if (labels.empty() || (node.flags & RcbKernel) == 0) {
-        const KernelResolution* const match = labels.empty() ? nullptr : findOutput(stated, labels.front());
+        const KernelResolution* const match = labels.empty() ? nullptr : resolutions.find(labels.front());
         const KernelResolution& chosen = match != nullptr ? *match : standard;
         node.resInfos[labels.empty() ? chosen.first : labels.front()] = chosen.second;
         return StatusOk;
     }
     bool saidDefault = false;
     for (const std::string& label : labels) {
-        const KernelResolution* const match = findOutput(stated, label);
+        const KernelResolution* const match = resolutions.find(label);
         node.resInfos[label] = match != nullptr ? match->second : standard.second;
         if (match != nullptr) continue;
         if (!saidDefault)

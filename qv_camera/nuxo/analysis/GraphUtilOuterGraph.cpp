@@ -43,8 +43,12 @@ void GraphUtil::BaseGraphNode::addParent(BaseGraphNode* parent, std::string port
 
 void GraphUtil::BaseGraphNode::emanzipate()
 {
-    for (const auto& parent : parents) parent.first->children.erase(this);
-    for (const auto& child : children) child.first->parents.erase(this);
+    for (const auto& parent : parents) {
+        if (parent.first != this) parent.first->children.erase(this);
+    }
+    for (const auto& child : children) {
+        if (child.first != this) child.first->parents.erase(this);
+    }
 }
 
 int GraphUtil::addGraphNode(IGraphConfig& node)
@@ -83,8 +87,9 @@ int GraphUtil::addGraphNode(IGraphConfig& node)
 int GraphUtil::addGraphConnection(IGraphConfig& connection)
 {
     ConnectionEnds ends = {textOr(&connection, NUXO_KEY_SOURCE, ""), textOr(&connection, NUXO_KEY_SINK, "")};
+    const std::string sourceName = nodePart(ends.source);
     const std::string sinkName = nodePart(ends.sink);
-    const auto source = mGraphNodes.find(nodePart(ends.source));
+    const auto source = mGraphNodes.find(sourceName);
     const auto sink = mGraphNodes.find(sinkName);
     if (source == mGraphNodes.end()) {
         NUXO_WARN("Connection %s->%s skipped due to source not FOUND, Partial graph settings in use!",
@@ -93,7 +98,10 @@ int GraphUtil::addGraphConnection(IGraphConfig& connection)
         source->second->addChild(sink->second.get(), portPart(ends.sink));
         sink->second->addParent(source->second.get(), portPart(ends.source));
     }
-    mConnectionsBySink[sinkName].push_back(mConnectionEnds.size());
+    const size_t index = mConnectionEnds.size();
+    mConnectionsBySink[sinkName].push_back(index);
+    mConnectionsByPort[ends.sink].push_back(index);
+    mFirstConnections.emplace(std::make_pair(sourceName, sinkName), index);
     mConnectionEnds.push_back(std::move(ends));
     return StatusOk;
 }

@@ -62,9 +62,10 @@ int GraphUtil::calculateSourceResHistory(SubGraphInfo& sg, qv_isp_zmt_resolution
     if (status != StatusOk) return status;
     mSourceHistory = history;
 
+    const bool isOnly = std::find_if(first + 1, sg.nodes.end(), isSource) == sg.nodes.end();
     std::map<const GraphNode*, qv_isp_zmt_resolution_info> known = {{*first, history}}; // only looked up
     for (IGraphConfig* const port : sg.outputPorts) {
-        const GraphNode* const source = sourceAbove(sg, *port, **first);
+        const GraphNode* const source = isOnly ? *first : sourceAbove(sg, *port, **first);
         const auto [entry, isNew] = known.emplace(source, qv_isp_zmt_resolution_info());
         if (isNew) status = read(*source, entry->second);
         if (status != StatusOk) return status;
@@ -119,15 +120,14 @@ struct GraphUtil::Upstream {
 int GraphUtil::findUpstream(const ImagingNode& port, Upstream& upstream) const
 {
     const auto owner = mGraphNodes.find(textOr(port.node->getAncestor(), NUXO_KEY_NAME, ""));
-    const auto indexes = mConnectionsBySink.find(nodePart(port.name));
-    if (owner == mGraphNodes.end() || indexes == mConnectionsBySink.end()) return StatusNotFound;
+    const auto indexes = mConnectionsByPort.find(port.name);
+    if (owner == mGraphNodes.end() || indexes == mConnectionsByPort.end()) return StatusNotFound;
 
     const int ownId = subgraphIdOf(*owner->second);
     const std::string* sourceText = nullptr;
     int id = ownId;
     for (const size_t index : indexes->second) {
         const ConnectionEnds& ends = mConnectionEnds[index];
-        if (ends.sink != port.name) continue;
         const auto source = mGraphNodes.find(nodePart(ends.source));
         if (source == mGraphNodes.end()) continue;
         const bool leavesAnother = subgraphIdOf(*source->second) != ownId;
@@ -172,14 +172,12 @@ const qv_isp_zmt_resolution_info* GraphUtil::defaultHistory(const SubGraphInfo& 
 int GraphUtil::getUpstreamResHistory(ImagingNode& port)
 {
     port.resHistories.clear();
+    if (!isEnabled(port)) return StatusOk;
     Upstream upstream;
-    int status = findUpstream(port, upstream);
-    const bool isOff = !isEnabled(port);
-    if (status == StatusNotFound) return isOff ? StatusOk : StatusMissingObject;
-    if (status != StatusOk) return status;
+    if (findUpstream(port, upstream) != StatusOk) return StatusMissingObject;
 
     const qv_isp_zmt_resolution_info* history = historyLeaving(*upstream.node);
-    if (history == nullptr && (isOff || !isEnabled(*upstream.node))) {
+    if (history == nullptr && !isEnabled(*upstream.node)) {
         port.flags |= DisabledNode;
         return StatusOk;
     }

@@ -7,7 +7,7 @@
 #include <nuxo/camera/PortReading.h>
 #include <nuxo/tree/NodeReading.h>
 
-#include <algorithm>
+#include <set>
 
 namespace NUXO {
 
@@ -41,11 +41,11 @@ int GraphUtil::analyzeSubGraph(int id, const std::vector<GraphNode*>& nodes, Sub
         if (status != StatusOk) return status;
     }
     static_cast<void>( // a subgraph may have no outputs
-        outputPortsOf(mPgsBySubGraph[id], mSubgraphKey, id, *mSettings, sg->outputPorts, mPgKey));
+        outputPortsOf({mSubgraphKey, id, mPgKey}, mPgsBySubGraph[id], mSources, sg->outputPorts));
     const int status = collectInnerGraph(*sg);
     if (status != StatusOk) return status;
-    for (const IGraphConfig* const pg : sg->pgs) mPgSubGraphs[pg] = sg.get();
     subGraphs[id] = sg;
+    for (const IGraphConfig* const pg : sg->pgs) mPgSubGraphs[pg] = sg.get();
     return StatusOk;
 }
 
@@ -97,34 +97,29 @@ int GraphUtil::getCrossSgInPorts(GraphNode& node, std::vector<IGraphConfig*>& in
         NUXO_DEBUG("found parent %s in different subgraph id %d", parent.name.c_str(), parent.streamId);
         parents.push_back(&parent);
     }
+    std::set<const IGraphConfig*> known; // only looked up
     for (const GraphNode* const parent : parents) {
-        const int status = findCrossSgInPort(node, *parent, inPorts);
+        IGraphConfig* port = nullptr;
+        const int status = findCrossSgInPort(node, *parent, port);
         if (status != StatusOk) return status;
+        if (port == nullptr || !known.insert(port).second) continue;
+        inPorts.push_back(port);
+        NUXO_DEBUG("found input port %s", GraphCameraUtil::print(port).c_str());
     }
     return StatusOk;
 }
 
-// The port of the first connection between both.
-int GraphUtil::findCrossSgInPort(const GraphNode& node, const GraphNode& parent, std::vector<IGraphConfig*>& inPorts)
+// The port of the first connection between both; none for a sink that is node and port in one.
+int GraphUtil::findCrossSgInPort(const GraphNode& node, const GraphNode& parent, IGraphConfig*& port) const
 {
-    const auto indexes = mConnectionsBySink.find(node.name);
-    if (indexes == mConnectionsBySink.end()) return StatusOk;
-    for (const size_t index : indexes->second) {
-        const ConnectionEnds& ends = mConnectionEnds[index];
-        if (nodePart(ends.source) != parent.name) continue;
-        const std::string portName = portPart(ends.sink);
-        if (portName.empty() && node.type == NUXO_KEY_SINK) return StatusOk; // node and port in one
-        IGraphConfig* const port = portName.empty() ? nullptr : descendantAt(*node.node, portName);
-        if (port == nullptr) {
-            NUXO_ERROR("Could not find input port %s - impossible", portName.c_str());
-            return StatusMissingObject;
-        }
-        if (std::find(inPorts.begin(), inPorts.end(), port) != inPorts.end()) return StatusOk;
-        inPorts.push_back(port);
-        NUXO_DEBUG("found input port %s", GraphCameraUtil::print(port).c_str());
-        return StatusOk;
-    }
-    return StatusOk;
+    const auto connection = mFirstConnections.find({parent.name, node.name});
+    if (connection == mFirstConnections.end()) return StatusOk;
+    const std::string portName = portPart(mConnectionEnds[connection->second].sink);
+    if (portName.empty() && node.type == NUXO_KEY_SINK) return StatusOk;
+    port = portName.empty() ? nullptr : descendantAt(*node.node, portName);
+    if (port != nullptr) return StatusOk;
+    NUXO_ERROR("Could not find input port %s - impossible", portName.c_str());
+    return StatusMissingObject;
 }
 
 int GraphUtil::collectSubgraphConnections()

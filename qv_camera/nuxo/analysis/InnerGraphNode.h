@@ -25,9 +25,10 @@ struct InnerGraphNode {
 
     std::string name; ///< names of program group and node, joined by ':'
     Kind kind = Kind::Kernel;
-    const IGraphConfig* node = nullptr;             ///< in the graph, not owned
-    bool disabled = false;                          ///< no frame passes, or the kernel is disabled
-    const qv_isp_zmt_run_kernels* record = nullptr; ///< of a kernel; owned by the GraphUtil until its next init
+    const IGraphConfig* node = nullptr; ///< in the graph, not owned
+    bool disabled = false;              ///< no frame passes, or the kernel is disabled
+    const qv_isp_zmt_run_kernels* record =
+        nullptr; ///< of a kernel, null after a failed init; owned by the GraphUtil until its next init
     std::vector<Link> links;
 };
 

@@ -7,6 +7,7 @@
 #include <nuxo/tree/NodeReading.h>
 #include <nuxo/tree/TypeNames.h>
 
+#include <set>
 #include <string>
 
 namespace NUXO {
@@ -14,13 +15,6 @@ namespace NUXO {
 namespace {
 
 using Ports = std::vector<IGraphConfig*>;
-
-// The nodes of one type whose integer attribute has one value.
-struct Subgraph {
-    uint32_t key;
-    int value;
-    uint32_t nodeType;
-};
 
 template <typename Visit> void forEachPort(const IGraphConfig& node, int direction, Visit visit)
 {
@@ -71,44 +65,57 @@ int collectPorts(const Subgraph& subgraph, int direction, const IGraphConfig& gr
     return ports.empty() ? StatusBadArgument : StatusOk;
 }
 
-// What leads from a source's port to somewhere else.
-void addSourcePort(IGraphConfig& port, const Subgraph& subgraph, Ports& ports)
-{
-    const IGraphConfig* const peer = peerOf(&port);
-    if (peer == nullptr) {
-        NUXO_DEBUG("Source port %s has no peer found. Added to list of subgraph output ports",
-                   nameOrFiledName(port).c_str());
-        ports.push_back(&port);
-        return;
-    }
-    const IGraphConfig* const peerNode = peer->getAncestor();
-    if (peerNode == nullptr) return;
-    if (!peerNode->isType(subgraph.nodeType)) {
-        forEachPort(*peerNode, kOutput, [&ports](IGraphConfig& output) { ports.push_back(&output); });
-        return;
-    }
-    int peerValue = 0;
-    if (!fetch(*peerNode, subgraph.key, peerValue)) {
-        NUXO_WARN("PG %s does not have stream id or exec ctx- FIX it!", nameOrFiledName(*peerNode).c_str());
-    } else if (peerValue != subgraph.value) {
-        NUXO_DEBUG("Source port %s crosses Subgraph boundary (%d)->(%d)", nameOrFiledName(port).c_str(), subgraph.value,
-                   peerValue);
-        ports.push_back(&port);
-    }
-}
+// Collects what leads from sources to somewhere else, for a subgraph that has no outputs of its own.
+class SourcePorts {
+public:
+    /// @param once  whether ports count once, however many ports of sources lead to their node
+    SourcePorts(const Subgraph& subgraph, bool once, Ports& ports) : mSubgraph(subgraph), mOnce(once), mPorts(ports) {}
 
-// For a subgraph that has no outputs of its own.
-int addSourcePorts(const Subgraph& subgraph, const IGraphConfig& graph, Ports& ports)
-{
-    forEachOfType(&graph, kTypeSource, [&](const IGraphConfig& source) {
-        forEachOfType(&source, kTypePort, [&](IGraphConfig& port) {
-            addSourcePort(port, subgraph, ports);
+    void addFrom(const IGraphConfig& source)
+    {
+        forEachOfType(&source, kTypePort, [this](IGraphConfig& port) {
+            add(port);
             return true;
         });
-        return true;
-    });
-    return ports.empty() ? StatusBadArgument : StatusOk;
-}
+    }
+
+private:
+    void add(IGraphConfig& port)
+    {
+        const IGraphConfig* const peer = peerOf(&port);
+        if (peer == nullptr) {
+            NUXO_DEBUG("Source port %s has no peer found. Added to list of subgraph output ports",
+                       nameOrFiledName(port).c_str());
+            mPorts.push_back(&port);
+            return;
+        }
+        const IGraphConfig* const peerNode = peer->getAncestor();
+        if (peerNode == nullptr) return;
+        if (!peerNode->isType(mSubgraph.nodeType)) {
+            addOutputsOf(*peerNode);
+            return;
+        }
+        int peerValue = 0;
+        if (!fetch(*peerNode, mSubgraph.key, peerValue)) {
+            NUXO_WARN("PG %s does not have stream id or exec ctx- FIX it!", nameOrFiledName(*peerNode).c_str());
+        } else if (peerValue != mSubgraph.value) {
+            NUXO_DEBUG("Source port %s crosses Subgraph boundary (%d)->(%d)", nameOrFiledName(port).c_str(),
+                       mSubgraph.value, peerValue);
+            mPorts.push_back(&port);
+        }
+    }
+
+    void addOutputsOf(const IGraphConfig& node)
+    {
+        if (mOnce && !mNodes.insert(&node).second) return;
+        forEachPort(node, kOutput, [this](IGraphConfig& output) { mPorts.push_back(&output); });
+    }
+
+    const Subgraph& mSubgraph;
+    const bool mOnce;
+    Ports& mPorts;
+    std::set<const IGraphConfig*> mNodes; // only looked up
+};
 
 // The first of the ports that is connected; else the status of the last try.
 int firstWithPeer(const Ports& ports, IGraphConfig** port)
@@ -126,21 +133,22 @@ int firstWithPeer(const Ports& ports, IGraphConfig** port)
 
 } // namespace
 
-int inputPortOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, IGraphConfig** port,
-                uint32_t nodeType)
+int inputPortOf(const Subgraph& subgraph, const std::vector<IGraphConfig*>& nodes, IGraphConfig** port)
 {
     Ports ports;
-    for (const IGraphConfig* const node : nodes) addLeavingPorts(*node, kInput, {key, value, nodeType}, ports);
+    for (const IGraphConfig* const node : nodes) addLeavingPorts(*node, kInput, subgraph, ports);
     return ports.empty() ? static_cast<int>(StatusBadArgument) : firstWithPeer(ports, port);
 }
 
-int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
-                  std::vector<IGraphConfig*>& ports, uint32_t nodeType)
+int outputPortsOf(const Subgraph& subgraph, const std::vector<IGraphConfig*>& nodes,
+                  const std::vector<IGraphConfig*>& sources, std::vector<IGraphConfig*>& ports)
 {
-    const Subgraph subgraph = {key, value, nodeType};
     ports.clear();
     for (const IGraphConfig* const node : nodes) addLeavingPorts(*node, kOutput, subgraph, ports);
-    return ports.empty() ? addSourcePorts(subgraph, graph, ports) : static_cast<int>(StatusOk);
+    if (!ports.empty()) return StatusOk;
+    SourcePorts sourcePorts(subgraph, true, ports);
+    for (const IGraphConfig* const source : sources) sourcePorts.addFrom(*source);
+    return ports.empty() ? StatusBadArgument : StatusOk;
 }
 
 int GraphCameraUtil::getSubgraphPorts(unsigned int key, int value, int direction, const IGraphConfig& graph,
@@ -162,8 +170,13 @@ int GraphCameraUtil::getOutputPorts(unsigned int key, int value, const IGraphCon
 {
     return unlessNoMemory<int>(StatusNoMemory, [&]() -> int {
         const Subgraph subgraph = {key, value, nodeType};
-        const int status = collectPorts(subgraph, kOutput, graph, ports);
-        return status == StatusOk ? status : addSourcePorts(subgraph, graph, ports);
+        if (collectPorts(subgraph, kOutput, graph, ports) == StatusOk) return StatusOk;
+        SourcePorts sourcePorts(subgraph, false, ports);
+        forEachOfType(&graph, kTypeSource, [&sourcePorts](const IGraphConfig& source) {
+            sourcePorts.addFrom(source);
+            return true;
+        });
+        return ports.empty() ? StatusBadArgument : StatusOk;
     });
 }
 

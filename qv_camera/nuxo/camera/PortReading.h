@@ -35,15 +35,23 @@ int readTerminal(const IGraphConfig* port, unsigned int& stageId, unsigned int& 
 /// What GraphCameraUtil::isEdgePort does, but lets std::bad_alloc out.
 bool isEdge(const IGraphConfig* port);
 
-/// What GraphCameraUtil::getOutputPorts does, for callers that know the nodes of the subgraph, but lets std::bad_alloc out.
+/// The nodes of one type whose integer attribute has one value.
+struct Subgraph {
+    uint32_t key;
+    int value;
+    uint32_t nodeType;
+};
+
+/// What GraphCameraUtil::getOutputPorts does, for callers that ask about many subgraphs of one graph, but lets std::bad_alloc
+/// out and gives each port once.
 ///
-/// @param nodes  all nodes of the graph that have this type and this value of @p key, in the order of the graph
-int outputPortsOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, const IGraphConfig& graph,
-                  std::vector<IGraphConfig*>& ports, uint32_t nodeType);
+/// @param nodes    the nodes of the subgraph, in the order of the graph
+/// @param sources  all nodes of type `source`, in the order of the graph
+int outputPortsOf(const Subgraph& subgraph, const std::vector<IGraphConfig*>& nodes,
+                  const std::vector<IGraphConfig*>& sources, std::vector<IGraphConfig*>& ports);
 
 /// The same for GraphCameraUtil::getInputPort.
-int inputPortOf(const std::vector<IGraphConfig*>& nodes, uint32_t key, int value, IGraphConfig** port,
-                uint32_t nodeType);
+int inputPortOf(const Subgraph& subgraph, const std::vector<IGraphConfig*>& nodes, IGraphConfig** port);
 
 /// What GraphCameraUtil::getFullName gives, but lets std::bad_alloc out.
 std::string fullName(const IGraphConfig& node);

@@ -98,7 +98,7 @@ int ZmtTevUtils::findInputPort(const StreamIndex& streams, int streamId, IGraphC
 {
     const auto groups = streams.groups.find(streamId);
     if (groups == streams.groups.end()) return StatusBadArgument;
-    return inputPortOf(groups->second.all, NUXO_KEY_STREAM_ID, streamId, port, NUXO_KEY_PROGRAM_GROUP);
+    return inputPortOf({NUXO_KEY_STREAM_ID, streamId, NUXO_KEY_PROGRAM_GROUP}, groups->second.all, port);
 }
 
 int ZmtTevUtils::getStreamChains(const StreamIndex& streams, StreamChains& chains) const
