@@ -17,13 +17,14 @@ protected:
 
 TEST_F(ArgumentsTest, NoVerbIsAUsageError)
 {
-    expectUsageError({}, "no verb; expected dump, query, build, ports, contexts, frame-params or formats\n");
+    expectUsageError(
+        {}, "no verb; expected dump, query, build, ports, contexts, kernels, history, draw, frame-params or formats\n");
 }
 
 TEST_F(ArgumentsTest, UnknownVerbIsAUsageError)
 {
-    expectUsageError({"paint", "settings.xml"},
-                     "unknown verb 'paint'; expected dump, query, build, ports, contexts, frame-params or formats\n");
+    expectUsageError({"paint", "settings.xml"}, "unknown verb 'paint'; expected dump, query, build, ports, contexts, "
+                                                "kernels, history, draw, frame-params or formats\n");
 }
 
 TEST_F(ArgumentsTest, VerbThatIsNearlyOneGetsASuggestion)
@@ -54,6 +55,7 @@ TEST_F(ArgumentsTest, OnlyBuildDrawsDot)
     expectUsageError({"query", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
     expectUsageError({"ports", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
     expectUsageError({"contexts", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
+    expectUsageError({"kernels", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
     expectUsageError({"frame-params", "descriptor.xml", "settings.xml", "--format", "dot"}, "dot");
     expectUsageError({"formats", "--format", "dot"}, "dot");
 }
@@ -63,6 +65,18 @@ TEST_F(ArgumentsTest, KeyMustBeANumber)
     expectUsageError({"build", "descriptor.xml", "settings.xml", "--key", "one"}, "--key");
     // One more than the largest 32-bit integer.
     expectUsageError({"build", "descriptor.xml", "settings.xml", "--key", "2147483648"}, "--key");
+}
+
+TEST_F(ArgumentsTest, HistoryAndDrawAreOfOneStream)
+{
+    expectUsageError({"history", "descriptor.xml", "settings.xml", "--key", "1"}, "--stream");
+    expectUsageError({"draw", "descriptor.xml", "settings.xml", "--key", "1"}, "--stream");
+    expectUsageError({"draw", "descriptor.xml", "settings.xml", "--stream", "one"}, "--stream");
+}
+
+TEST_F(ArgumentsTest, KernelsAreOfAStreamOrOfAGroup)
+{
+    expectUsageError({"kernels", "descriptor.xml", "settings.xml", "--stream", "1", "--group", "front"}, "--group");
 }
 
 TEST_F(ArgumentsTest, DrawingHasNoOrigins)

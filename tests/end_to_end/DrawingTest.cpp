@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ToolTest.h"
 
-#include <cstdlib>
-
 namespace {
 
 class DrawingTest : public ToolTest {
@@ -15,24 +13,6 @@ protected:
     ToolRun drawOddNames() const
     {
         return run({"build", "odd_names.xml", "odd_names_settings.xml", "--format", "dot"});
-    }
-
-    static size_t count(const std::string& text, const std::string& part)
-    {
-        size_t found = 0;
-        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++found;
-        return found;
-    }
-
-    // dot is the only judge of its language.
-    void expectDotAccepts(const std::string& drawing)
-    {
-        ASSERT_EQ(std::system("command -v dot > /dev/null 2>&1"), 0) << "graphviz is not installed";
-        write("drawing.dot", drawing);
-        const std::string command = "cd '" + path("") + "' && dot -Tsvg drawing.dot -o drawing.svg > dot.log 2>&1";
-        EXPECT_EQ(std::system(command.c_str()), 0) << read("dot.log");
-        EXPECT_EQ(read("dot.log"), "");
-        EXPECT_NE(read("drawing.svg").find("</svg>"), std::string::npos);
     }
 };
 

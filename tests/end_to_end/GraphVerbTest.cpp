@@ -2,6 +2,7 @@
 #include "GraphVerbTest.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -70,4 +71,28 @@ void GraphVerbTest::expectNoErrorsInTheExamples() const
             EXPECT_EQ(result.exitCode, 0) << row.at("KEY") << '\n' << result.err;
         }
     }
+}
+
+void GraphVerbTest::expectNoErrorsInStreamsOf(const std::string& generation, const std::vector<std::string>& arguments,
+                                              const std::function<void(const ToolRun& answer)>& check) const
+{
+    addExample(generation);
+    const std::string descriptor = generation + "_descriptor.xml";
+    const std::string settings = generation + "_settings.xml";
+    size_t streams = 0;
+    for (const auto& row : rowsOf(run({"query", descriptor, settings}).out)) {
+        const std::string& key = row.at("KEY");
+        std::set<std::string> asked;
+        for (const auto& kernel : rowsOf(run({"kernels", descriptor, settings, "--key", key}).out)) {
+            const std::string& stream = kernel.at("STREAM");
+            if (!asked.insert(stream).second) continue;
+            std::vector<std::string> all = {mVerb, descriptor, settings, "--key", key, "--stream", stream};
+            all.insert(all.end(), arguments.begin(), arguments.end());
+            const ToolRun result = run(all);
+            EXPECT_EQ(result.exitCode, 0) << key << " stream " << stream << '\n' << result.err;
+            check(result);
+            ++streams;
+        }
+    }
+    EXPECT_GE(streams, 28U) << generation;
 }

@@ -4,6 +4,7 @@
 
 #include "ToolTest.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -27,6 +28,11 @@ protected:
 
     /// Expects that every setting of the example files can be asked about; warnings are allowed.
     void expectNoErrorsInTheExamples() const;
+
+    /// Expects that every stream of every setting of a generation's example files can be asked about, and gives what is
+    /// answered to @p check.
+    void expectNoErrorsInStreamsOf(const std::string& generation, const std::vector<std::string>& arguments,
+                                   const std::function<void(const ToolRun& answer)>& check) const;
 
 private:
     std::string mVerb;

@@ -31,13 +31,6 @@ protected:
                 << expected.node << ':' << expected.port << ' ' << expected.column;
         }
     }
-
-    static size_t count(const std::string& text, const std::string& part)
-    {
-        size_t found = 0;
-        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
-        return found;
-    }
 };
 
 TEST_F(PortsTest, ListsAGraphOfStreams)

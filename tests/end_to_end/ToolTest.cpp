@@ -170,6 +170,23 @@ void ToolTest::addExample(const std::string& generation) const
     }
 }
 
+size_t ToolTest::count(const std::string& text, const std::string& part)
+{
+    size_t found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++found;
+    return found;
+}
+
+void ToolTest::expectDotAccepts(const std::string& drawing) const
+{
+    ASSERT_EQ(std::system("command -v dot > /dev/null 2>&1"), 0) << "graphviz is not installed";
+    write("drawing.dot", drawing);
+    const std::string command = "cd '" + path("") + "' && dot -Tsvg drawing.dot -o drawing.svg > dot.log 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0) << read("dot.log");
+    EXPECT_EQ(read("dot.log"), "");
+    EXPECT_NE(read("drawing.svg").find("</svg>"), std::string::npos);
+}
+
 void expectGolden(const std::string& actual, const std::string& name)
 {
     const std::string golden = kHere + "golden/" + name;

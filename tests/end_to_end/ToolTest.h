@@ -38,6 +38,11 @@ protected:
     /// Puts the example files of a generation, "kva5" for example, beside the fixtures.
     void addExample(const std::string& generation) const;
 
+    /// How often a part stands in a text, overlaps not counted.
+    static size_t count(const std::string& text, const std::string& part);
+    /// dot is the only judge of its language.
+    void expectDotAccepts(const std::string& drawing) const;
+
 private:
     std::string mDirectory;
 };

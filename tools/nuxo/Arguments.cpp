@@ -32,6 +32,7 @@ constexpr const char* kMainFooter = R"help(Examples:
   nuxo build descriptor.xml settings.xml --key 10001
   nuxo build descriptor.xml settings.xml --key 10001 --format dot | dot -Tsvg -o graph.svg
   nuxo ports descriptor.xml settings.xml --key 10001
+  nuxo kernels descriptor.xml settings.xml --key 10001
   nuxo formats NV12 --width 1920 --height 1080
 
 -v and --color may follow the verb as well. Data goes to standard output, findings to standard error as
@@ -91,6 +92,43 @@ connected to others or to nothing. Graphs without execution contexts are told ap
 Examples:
   nuxo contexts descriptor.xml settings.xml --key 10001
   nuxo contexts descriptor.xml settings.xml --key 10001 --format json
+)help";
+
+constexpr const char* kKernelsFooter =
+    R"help(The run-kernel records that the parameter library receives: one line a kernel, program group by program group in
+the order of their streams, or those of one stream or group. A kernel with several outputs has a line for each.
+  STATE        ENABLED, DISABLED (no frame passes) or BYPASS
+  IN, OUT      what the kernel says of its own sizes; crops are left,top,right,bottom, "-" without any
+  SOURCE       size of the source, SOURCE CROP: everything cropped so far in its pixels, ARRIVES: size that is left
+  BPP          bits per pixel at input and output
+
+Examples:
+  nuxo kernels descriptor.xml settings.xml --key 10001
+  nuxo kernels descriptor.xml settings.xml --key 10001 --stream 60001
+  nuxo kernels descriptor.xml settings.xml --key 10001 --group video_pg --format json
+)help";
+
+constexpr const char* kHistoryFooter =
+    R"help(How size and crop of the frame change on its way to one stream and through it, from the sensor to each kernel and
+sink, in the order in which the frame passes. What other streams do to the frame before stands first.
+  FITS         "-" where nothing states a size, yes, or the size that is stated in place of the one that arrives
+  SOURCE CROP  everything cropped up to here, in pixels of the source; left,top,right,bottom
+  TO           where the frame goes; other ends of the same group without its name
+A kernel that takes another size than arrives breaks the chain. Where kernels have links the library stops there, and
+the chain is shown up to the first; otherwise it goes on with the size that the kernel states.
+
+Examples:
+  nuxo history descriptor.xml settings.xml --key 10001 --stream 60001
+  nuxo history descriptor.xml settings.xml --key 10001 --stream 60001 --format json
+)help";
+
+constexpr const char* kDrawFooter =
+    R"help(Draws the inside of one stream in the language of graphviz: kernels, routing elements and ports of its program
+groups, with the size of the frame at each link. What is disabled or bypassed is dashed and says so; what leads back to
+an earlier stage is blue.
+
+Example:
+  nuxo draw descriptor.xml settings.xml --key 10001 --stream 60001 | dot -Tsvg -o stream.svg
 )help";
 
 constexpr const char* kFrameParamsFooter =
@@ -178,6 +216,29 @@ void addFormatQuestion(CLI::App& verb, Arguments& arguments)
     addNumber("--bpl", arguments.stride, "Bytes per line instead of the format's own");
 }
 
+CLI::Option* addStream(CLI::App& verb, Arguments& arguments)
+{
+    return verb.add_option("--stream", arguments.stream, "Number of a stream (stream_id)")->type_name("S");
+}
+
+void addKernelVerbs(CLI::App& app, Arguments& arguments, std::string& format)
+{
+    CLI::App* const kernels = addVerb(app, "kernels", "Show the run-kernel records of a graph", kKernelsFooter);
+    addSetting(*kernels, arguments);
+    CLI::Option* const stream = addStream(*kernels, arguments);
+    kernels->add_option("--group", arguments.group, "Name of a program group")->type_name("NAME")->excludes(stream);
+    addFormat(*kernels, format, kTreeFormats);
+
+    CLI::App* const history = addVerb(app, "history", "Tell how size and crop change on the way", kHistoryFooter);
+    addSetting(*history, arguments);
+    addStream(*history, arguments)->required();
+    addFormat(*history, format, kTreeFormats);
+
+    CLI::App* const draw = addVerb(app, "draw", "Draw the inside of a stream", kDrawFooter);
+    addSetting(*draw, arguments);
+    addStream(*draw, arguments)->required();
+}
+
 void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
 {
     app.add_flag("-v,--verbose", arguments.verbose, "Show the library's log lines with their class");
@@ -210,6 +271,8 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
     addSetting(*contexts, arguments);
     addFormat(*contexts, format, kTreeFormats);
 
+    addKernelVerbs(app, arguments, format);
+
     CLI::App* const frameParams = addVerb(app, "frame-params", "Tell the 3A library's frame", kFrameParamsFooter);
     addSetting(*frameParams, arguments);
     frameParams->add_option("--port", arguments.port, "A port, for example video_pg:main_out")->type_name("PATH");
@@ -222,7 +285,8 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
 
 constexpr std::pair<const char*, Verb> kVerbs[] = {
     {"dump", Verb::Dump},       {"query", Verb::Query},       {"build", Verb::Build},
-    {"ports", Verb::Ports},     {"contexts", Verb::Contexts}, {"frame-params", Verb::FrameParams},
+    {"ports", Verb::Ports},     {"contexts", Verb::Contexts}, {"kernels", Verb::Kernels},
+    {"history", Verb::History}, {"draw", Verb::Draw},         {"frame-params", Verb::FrameParams},
     {"formats", Verb::Formats},
 };
 

@@ -9,7 +9,7 @@
 
 namespace NuxoTool {
 
-enum class Verb { Dump, Query, Build, Ports, Contexts, FrameParams, Formats };
+enum class Verb { Dump, Query, Build, Ports, Contexts, Kernels, History, Draw, FrameParams, Formats };
 enum class Format { Text, Json, Dot };
 
 /// What was asked for on the command line.
@@ -23,6 +23,8 @@ struct Arguments {
     std::optional<int32_t> key;            ///< verbs that build
     bool any = false;                      ///< query
     bool origin = false;                   ///< dump, build
+    std::optional<int32_t> stream;         ///< kernels, otherwise all; history, draw
+    std::optional<std::string> group;      ///< kernels: name of a program group
     std::optional<std::string> port;       ///< frame-params: path of a port, otherwise the sensor
     std::optional<std::string> formatName; ///< formats: name or code, otherwise all
     std::optional<uint32_t> width;

@@ -3,6 +3,7 @@
 
 #include "LibraryFindings.h"
 #include "LibraryLog.h"
+#include "ProgramGroups.h"
 #include "TreeView.h"
 
 #include <nuxo/NuxoStatus.h>
@@ -22,13 +23,6 @@ using NUXO::IGraphConfig;
 namespace {
 
 using NamePair = std::pair<std::string, std::string>;
-
-std::optional<int> optionalInteger(const IGraphConfig& node, uint32_t key)
-{
-    int value = 0;
-    if (node.getValue(key, value) != StatusOk) return std::nullopt;
-    return value;
-}
 
 class ContextViewer {
 public:
@@ -62,10 +56,9 @@ public:
 private:
     void chooseNodeType()
     {
-        const IGraphConfig* const element = mGraph.getDescendant(NUXO_KEY_GRAPH);
-        const std::string version = element == nullptr ? "" : textOf(*element, NUXO_KEY_VERSION);
-        mNodeType = version.find("KVA7") == std::string::npos ? NUXO_KEY_PROGRAM_GROUP : NUXO_KEY_COMPUTE_BLOCK;
-        mGroups = childrenOfType(mGraph, mNodeType);
+        const ProgramGroups groups = programGroupsOf(mGraph);
+        mNodeType = groups.type;
+        mGroups = groups.nodes;
     }
 
     void chooseKey()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DotRenderer.h"
 
+#include "DotText.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -9,12 +10,6 @@
 namespace NuxoTool {
 
 namespace {
-
-constexpr const char* kGrey = "#9a9a9a";
-constexpr const char* kInk = "#1f2933";
-constexpr const char* kLine = "#52606d";
-constexpr const char* kPortLine = "#b8c1cc";
-constexpr const char* kAlarm = "#b42318";
 
 struct KindColour {
     const char* kind;
@@ -35,33 +30,6 @@ const char* colourOf(const Drawing::Box& box)
         if (box.kind == entry.kind) return entry.colour;
     }
     return kOtherColour;
-}
-
-// A plain label: what printable() escaped, and any backslash of the text, is shown as it stands.
-std::string label(const std::string& text)
-{
-    return quoted(printable(text));
-}
-
-std::string html(const std::string& text)
-{
-    std::string out;
-    for (const char c : printable(text)) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
-}
-
-std::string font(const std::string& content, const char* colour, int size)
-{
-    return "<FONT COLOR=\"" + std::string(colour) + "\" POINT-SIZE=\"" + std::to_string(size) + "\">" + content +
-           "</FONT>";
 }
 
 // The place where an edge meets a port. Prefixed, because single letters such as "n" would be compass points, and
@@ -87,10 +55,10 @@ std::string anchorOf(const std::string& portName)
 std::string headCell(const Drawing::Box& box)
 {
     const char* const ink = box.isEnabled ? kInk : kGrey;
-    std::string small = html(box.kind);
-    for (const std::string& detail : box.details) small += " &#183; " + html(detail);
+    std::string small = dotHtml(box.kind);
+    for (const std::string& detail : box.details) small += " &#183; " + dotHtml(detail);
     return "<TR><TD BORDER=\"0\" COLSPAN=\"2\" BGCOLOR=\"" + std::string(colourOf(box)) + "\">" +
-           font("<B>" + html(box.name) + "</B>", ink, 12) + "<BR/>" + font(small, ink, 9) + "</TD></TR>";
+           dotFont("<B>" + dotHtml(box.name) + "</B>", ink, 12) + "<BR/>" + dotFont(small, ink, 9) + "</TD></TR>";
 }
 
 std::string portCell(const Drawing::Port* port, bool boxEnabled, bool wide)
@@ -102,8 +70,8 @@ std::string portCell(const Drawing::Port* port, bool boxEnabled, bool wide)
     if (wide) cell += " COLSPAN=\"2\"";
     cell += " COLOR=\"" + std::string(enabled ? kPortLine : kGrey) + '"';
     if (!enabled) cell += " STYLE=\"DASHED\"";
-    cell += '>' + font(html(port->name), enabled ? kInk : kGrey, 10);
-    if (!port->details.empty()) cell += "<BR/>" + font(html(port->details), enabled ? kLine : kGrey, 8);
+    cell += '>' + dotFont(dotHtml(port->name), enabled ? kInk : kGrey, 10);
+    if (!port->details.empty()) cell += "<BR/>" + dotFont(dotHtml(port->details), enabled ? kLine : kGrey, 8);
     return cell + "</TD>";
 }
 
@@ -150,7 +118,7 @@ std::string boxLines(const Drawing& drawing)
     for (const auto& [stream, boxes] : clusters) {
         const std::string name = std::to_string(stream);
         lines += "    subgraph " + quoted("cluster_stream_" + name) + " {\n";
-        lines += "        graph [label=" + label("stream " + name) + ", style=\"rounded,filled\", ";
+        lines += "        graph [label=" + dotLabel("stream " + name) + ", style=\"rounded,filled\", ";
         lines += "color=\"#d5dce4\", fillcolor=\"#f6f8fa\", fontcolor=" + quoted(kLine) + ", fontsize=10];\n";
         lines += boxes + "    }\n";
     }
@@ -175,7 +143,7 @@ std::string looseEndLines(const Drawing& drawing, const Drawing::LooseEnd& loose
 {
     const std::string id = quoted("missing " + loose.peer);
     const std::string box = "    " + id + " [shape=plaintext, fontsize=10, fontcolor=" + quoted(kAlarm) +
-                            ", label=" + label(loose.peer + " (missing)") + "];\n";
+                            ", label=" + dotLabel(loose.peer + " (missing)") + "];\n";
     const bool isOutput = loose.end.port && drawing.boxes[loose.end.box].ports[*loose.end.port].isOutput;
     const std::string end = endText(drawing, loose.end, isOutput ? 'e' : 'w');
     const std::string edge = isOutput ? end + " -> " + id : id + " -> " + end;
@@ -187,9 +155,8 @@ std::string looseEndLines(const Drawing& drawing, const Drawing::LooseEnd& loose
 std::string renderDot(const Drawing& drawing, const std::string& title)
 {
     std::string text = "digraph " + quoted(title) + " {\n";
-    text +=
-        "    graph [rankdir=LR, nodesep=0.35, ranksep=1.0, fontname=\"Helvetica\", fontsize=11, label=" + label(title) +
-        ", labelloc=t];\n";
+    text += "    graph [rankdir=LR, nodesep=0.35, ranksep=1.0, fontname=\"Helvetica\", fontsize=11, label=" +
+            dotLabel(title) + ", labelloc=t];\n";
     text += "    node [shape=plain, fontname=\"Helvetica\"];\n";
     text += "    edge [color=" + quoted(kLine) + ", arrowsize=0.7];\n";
     text += boxLines(drawing);

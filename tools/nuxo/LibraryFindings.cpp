@@ -18,9 +18,6 @@ Location placeOf(Session& session, const LogContext& context)
     return inFile(session.arguments.settings);
 }
 
-namespace {
-
-// The lines since the last look that are no findings yet, the same line once.
 std::vector<LogLine> newLines(Session& session, const LogContext& context, bool withWarnings)
 {
     std::vector<LogLine> lines;
@@ -31,8 +28,6 @@ std::vector<LogLine> newLines(Session& session, const LogContext& context, bool 
     }
     return lines;
 }
-
-} // namespace
 
 void reportLogLines(Session& session, const LogContext& context, bool withWarnings)
 {

@@ -2,12 +2,14 @@
 #ifndef NUXO_TOOL_LIBRARY_FINDINGS_H
 #define NUXO_TOOL_LIBRARY_FINDINGS_H
 
+#include "LibraryLog.h"
 #include "Session.h"
 
 #include <nuxo/tree/IGraphConfig.h>
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace NuxoTool {
 
@@ -21,6 +23,10 @@ struct LogContext {
 
 /// Where findings about it stand.
 Location placeOf(Session& session, const LogContext& context);
+
+/// The errors, and with @p withWarnings the warnings, that the library logged since the last look and that are no findings
+/// yet, the same line once. They count as reported from now on (see Session::reportedLines).
+std::vector<LogLine> newLines(Session& session, const LogContext& context, bool withWarnings);
 
 /// Makes findings of the errors, and with @p withWarnings of the warnings, that the library logged since the last look.
 /// What was reported before, under the same subject or without one, is not repeated (see Session::reportedLines).

@@ -7,10 +7,12 @@
 
 #include <qv_cipr/qv_log_common.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <string_view>
 
 extern "C" {
@@ -56,6 +58,31 @@ bool isGeometryStep(const std::string& line)
     return line.compare(0, kGeometryTag.size(), kGeometryTag) == 0;
 }
 
+// So does the analysis of graphs: it tells of each step of its walks, and shows the records that it works with.
+bool isProgress(std::string_view message)
+{
+    constexpr std::string_view starts[] = {
+        "Visiting  node ",
+        "StreamId ",
+        // It prunes what leads to no sink, and then misses it.
+        "Traversal of graph did not reach all nodes ",
+        // What a setting says of a node that the graph does not use makes a node without a type, and is shown in full.
+        "Could not get type of graph node ",
+        // Generations without such changes.
+        "Getting kernel configurations failed(-2048)",
+    };
+    constexpr std::string_view ends[] = {" already visited, skipping", " is last one, stopping", " [Node]"};
+    constexpr std::string_view parts[] = {":(iw: ", " str [Attr] '", " int [Attr] '"};
+    const auto startsWith = [message](std::string_view text) { return message.substr(0, text.size()) == text; };
+    const auto endsWith = [message](std::string_view text) {
+        return message.size() >= text.size() && message.substr(message.size() - text.size()) == text;
+    };
+    const auto contains = [message](std::string_view text) { return message.find(text) != std::string_view::npos; };
+    return std::any_of(std::begin(starts), std::end(starts), startsWith) ||
+           std::any_of(std::begin(ends), std::end(ends), endsWith) ||
+           std::any_of(std::begin(parts), std::end(parts), contains);
+}
+
 const char* className(int priority)
 {
     if (priority == kErrorPriority) return "error";
@@ -74,7 +101,8 @@ __attribute__((format(printf, 2, 0))) void receive(int priority, const char* for
         std::fprintf(stderr, "log[%s] %s\n", className(plainPriority), text.c_str());
     }
     if (plainPriority > kWarningPriority || keptLines.size() >= kKeptLines || isGeometryStep(line)) return;
-    keptLines.push_back({plainPriority <= kErrorPriority, messageOf(line)});
+    const std::string message = messageOf(line);
+    if (!isProgress(message)) keptLines.push_back({plainPriority <= kErrorPriority, message});
 }
 
 __attribute__((format(printf, 2, 0))) void receiveSafely(int priority, const char* format, va_list arguments) noexcept

@@ -64,6 +64,13 @@ int integerOf(const IGraphConfig& node, uint32_t key, int fallback)
     return value;
 }
 
+std::optional<int> optionalInteger(const IGraphConfig& node, uint32_t key)
+{
+    int value = 0;
+    if (node.getValue(key, value) != StatusOk) return std::nullopt;
+    return value;
+}
+
 std::string dimensionsOf(const IGraphConfig& node)
 {
     int width = 0;

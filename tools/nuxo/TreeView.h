@@ -5,6 +5,7 @@
 #include <nuxo/tree/GraphConfigNode.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -47,6 +48,9 @@ std::string textOf(const NUXO::IGraphConfig& node, uint32_t key);
 
 /// The integer attribute @p key, @p fallback when there is none.
 int integerOf(const NUXO::IGraphConfig& node, uint32_t key, int fallback);
+
+/// The integer attribute @p key, nothing when there is none.
+std::optional<int> optionalInteger(const NUXO::IGraphConfig& node, uint32_t key);
 
 /// Size and format, for example "1920x1080 NV12", as far as the node has them.
 std::string dimensionsOf(const NUXO::IGraphConfig& node);

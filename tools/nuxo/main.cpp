@@ -22,6 +22,9 @@ void runVerb(Session& session)
     case NuxoTool::Verb::Build: runBuild(session); break;
     case NuxoTool::Verb::Ports: runPorts(session); break;
     case NuxoTool::Verb::Contexts: runContexts(session); break;
+    case NuxoTool::Verb::Kernels: runKernels(session); break;
+    case NuxoTool::Verb::History: runHistory(session); break;
+    case NuxoTool::Verb::Draw: runDraw(session); break;
     case NuxoTool::Verb::FrameParams: runFrameParams(session); break;
     case NuxoTool::Verb::Formats: runFormats(session); break;
     }

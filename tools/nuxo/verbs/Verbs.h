@@ -21,6 +21,15 @@ void runPorts(Session& session);
 /// Builds the graph of one setting and shows its execution contexts or streams, and what connects them.
 void runContexts(Session& session);
 
+/// Builds the graph of one setting and shows the run-kernel records of its program groups.
+void runKernels(Session& session);
+
+/// Builds the graph of one setting and tells how size and crop change on the way to the sinks of one stream.
+void runHistory(Session& session);
+
+/// Builds the graph of one setting and draws the inside of one stream.
+void runDraw(Session& session);
+
 /// Builds the graph of one setting and tells the frame parameters of its sensor or of a port.
 void runFrameParams(Session& session);
 
