@@ -30,14 +30,6 @@ struct Subject {
     {
     }
 
-    uint64_t placeOf(const IGraphConfig* found) const
-    {
-        const auto entry =
-            std::lower_bound(mPlaces.begin(), mPlaces.end(), found,
-                             [](const auto& place, const IGraphConfig* key) { return place.first < key; });
-        return entry != mPlaces.end() && entry->first == found ? entry->second : mPlaces.size();
-    }
-
     template <typename... Values> Outcome outcome(int64_t status, const Values&... values) const;
 
     const IGraphConfig& node;
@@ -46,59 +38,12 @@ struct Subject {
     std::vector<unsigned int>& metadata;
 
 private:
-    const std::vector<std::pair<const IGraphConfig*, uint64_t>>& mPlaces;
+    const Places& mPlaces;
 };
-
-namespace {
-
-// Not a container: it must not allocate.
-class Digest {
-public:
-    explicit Digest(const Subject& subject) : mSubject(subject) {}
-
-    uint64_t value() const { return mValue; }
-
-    void add(uint64_t number)
-    {
-        constexpr uint64_t prime = 0x100000001b3;
-        mValue = (mValue ^ number) * prime;
-    }
-    void add(int number) { add(static_cast<uint64_t>(int64_t{number})); }
-    void add(unsigned int number) { add(uint64_t{number}); }
-    void add(uint16_t number) { add(uint64_t{number}); }
-    void add(uint8_t number) { add(uint64_t{number}); }
-    void add(const IGraphConfig* node) { add(mSubject.placeOf(node)); }
-    void add(const std::string& text)
-    {
-        add(uint64_t{text.size()});
-        for (const char character : text) add(static_cast<uint8_t>(character));
-    }
-    void add(const ZmtTevSimUtils::KernelInfo& kernel)
-    {
-        add(kernel.name);
-        add(kernel.pal_uuid);
-    }
-    template <typename First, typename Second> void add(const std::pair<First, Second>& pair)
-    {
-        add(pair.first);
-        add(pair.second);
-    }
-    template <typename Values, typename = typename Values::const_iterator> void add(const Values& values)
-    {
-        add(uint64_t{values.size()});
-        for (const auto& value : values) add(value);
-    }
-
-private:
-    const Subject& mSubject;
-    uint64_t mValue = 0xcbf29ce484222325;
-};
-
-} // namespace
 
 template <typename... Values> Outcome Subject::outcome(int64_t status, const Values&... values) const
 {
-    Digest digest(*this);
+    Digest digest(mPlaces);
     (digest.add(values), ...);
     return {status, digest.value()};
 }
@@ -405,15 +350,13 @@ constexpr Question kQuestions[] = {
 } // namespace
 
 Interview::Interview(const std::vector<GraphConfigNode*>& nodes, const Request& request)
-    : mNodes(nodes), mRequest(request)
+    : mNodes(nodes), mPlaces(nodes), mRequest(request)
 {
     size_t longest = 0;
     for (const GraphConfigNode* const node : nodes) {
-        mPlaces.emplace_back(node, mPlaces.size());
         longest = std::max(longest, textOf(node, NUXO_KEY_METADATA).value_or("").size());
     }
     mMetadata.resize(longest + 1);
-    std::sort(mPlaces.begin(), mPlaces.end());
 }
 
 size_t Interview::questions()

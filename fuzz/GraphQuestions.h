@@ -3,12 +3,12 @@
 #define NUXO_FUZZ_GRAPH_QUESTIONS_H
 
 #include "support/CameraRules.h"
+#include "support/Digest.h"
 
 #include <nuxo/tree/GraphConfigNode.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace fuzzing {
@@ -43,7 +43,7 @@ private:
     friend struct Subject;
 
     std::vector<NUXO::GraphConfigNode*> mNodes;
-    std::vector<std::pair<const NUXO::IGraphConfig*, uint64_t>> mPlaces; // in the order of addresses
+    Places mPlaces;
     const Request& mRequest;
     mutable std::vector<unsigned int> mMetadata; // as long as the longest text demands
 };

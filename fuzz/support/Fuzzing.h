@@ -28,6 +28,25 @@ private:
 /// Lines that reached the stand-in of the system logger.
 size_t linesLogged();
 
+/// What is logged while it lives, as a number. Addresses do not count: they differ between copies of a graph. One at a time.
+class LogDigest {
+public:
+    LogDigest();
+    ~LogDigest();
+    LogDigest(const LogDigest&) = delete;
+    LogDigest& operator=(const LogDigest&) = delete;
+
+    uint64_t inOrder() const { return mInOrder; }
+    /// The same for the same lines in another order.
+    uint64_t inAnyOrder() const { return mInAnyOrder; }
+
+    void add(const char* line);
+
+private:
+    uint64_t mInOrder = 0;
+    uint64_t mInAnyOrder = 0;
+};
+
 /// Ends the program as a finding, with the rule that was broken, unless @p holds.
 void require(bool holds, const char* rule);
 

@@ -29,3 +29,10 @@ set(nuxo_fuzz_sources_graph
 set(nuxo_fuzz_sources_formats
     "${CMAKE_CURRENT_LIST_DIR}/../../tests/formats/LibraryComparison.cpp"
     "${CMAKE_CURRENT_LIST_DIR}/../../tests/formats/SecondComputation.cpp")
+
+set(nuxo_fuzz_sources_kernels
+    "${CMAKE_CURRENT_LIST_DIR}/../GraphBuilder.cpp"
+    "${CMAKE_CURRENT_LIST_DIR}/../KernelGraphBuilder.cpp"
+    "${CMAKE_CURRENT_LIST_DIR}/../KernelQuestions.cpp"
+    "${CMAKE_CURRENT_LIST_DIR}/KernelRules.cpp"
+    "${CMAKE_CURRENT_LIST_DIR}/../../tests/support/AllocationFailures.cpp")
