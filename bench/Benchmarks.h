@@ -42,6 +42,7 @@ void addQueryBenchmarks(Context& context);
 void addConstructionBenchmarks(Context& context);
 void addFormatBenchmarks(Context& context);
 void addPortBenchmarks(Context& context);
+void addKernelBenchmarks(Context& context);
 void addGrowthBenchmark(Context& context);
 
 } // namespace bench

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Benchmarks.h"
-#include "Trees.h"
+#include "Examples.h"
 
 #include <algorithm>
 #include <array>
@@ -48,33 +48,9 @@ Nodes portsOf(const NUXO::IGraphConfig& graph)
     return ports;
 }
 
-Tree example(const std::string& name)
+Tree graphWithMostPorts()
 {
-    return parseFile(NUXO_SOURCE_DIR "/examples/" + name + ".xml");
-}
-
-// The graph with the most ports that the example files describe, the last of several.
-Tree largestExample()
-{
-    Tree largest;
-    size_t most = 0;
-    for (const std::string generation : {"kva5", "kva6", "kva7"}) {
-        const Tree descriptor = example(generation + "_descriptor");
-        const Tree settings = example(generation + "_settings");
-        NUXO::GraphQueryManager manager;
-        manager.setGraphDescriptor(descriptor.get());
-        manager.setGraphSettings(settings.get());
-        NUXO::NodeIterator cursor(settings.get());
-        while (NUXO::IGraphConfig* const setting = cursor.iterateByUid(NUXO_KEY_SETTINGS)) {
-            Tree graph = buildGraph(manager, *setting);
-            const size_t count = portsOf(*graph).size();
-            if (count < most) continue;
-            most = count;
-            largest = std::move(graph);
-        }
-    }
-    if (most == 0) throw std::runtime_error("the example graphs have no ports");
-    return largest;
+    return largestExample({"kva5", "kva6", "kva7"}, [](const auto& graph) { return portsOf(graph).size(); }).graph;
 }
 
 void setText(NUXO::GraphConfigNode& node, uint32_t key, const std::string& text)
@@ -134,7 +110,7 @@ Answers ask(const NUXO::IGraphConfig& port)
 // What one side works on, made in the side's own process: only there does the vocabulary know the names of copies.
 class PortGraph {
 public:
-    explicit PortGraph(size_t times) : mGraph(largestExample()), mPorts(portsOf(*mGraph)), mOriginals(mPorts.size())
+    explicit PortGraph(size_t times) : mGraph(graphWithMostPorts()), mPorts(portsOf(*mGraph)), mOriginals(mPorts.size())
     {
         multiply(*mGraph, times);
         mPorts = portsOf(*mGraph);
@@ -188,7 +164,7 @@ Side questions(size_t times)
 void addPortBenchmarks(Context& context)
 {
     add(context, "ports/portGetFormat", kSamples, [&context](benchmark::State& state) {
-        const size_t ports = portsOf(*largestExample()).size();
+        const size_t ports = portsOf(*graphWithMostPorts()).size();
         const Comparison result = compare(state, questions(kTimes), questions(1));
         const double nanoseconds = 1e9 / static_cast<double>(kRounds * ports);
         context.bars.add("  ports of the largest example graph", static_cast<double>(ports));

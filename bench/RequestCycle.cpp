@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "RequestCycle.h"
 
+#include "KernelGraphs.h"
+
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -14,11 +16,34 @@ namespace {
 constexpr size_t kWarmUpCycles = 300;
 constexpr size_t kConnections = 4;
 constexpr int kSettings = 3;
+constexpr int kFirstGeneration = 5;
+constexpr size_t kStreams = 2;
 
 long long heapInUse()
 {
     const struct mallinfo2 info = mallinfo2();
     return static_cast<long long>(info.uordblks) + static_cast<long long>(info.hblkhd);
+}
+
+// Twice, so that the object lets go of what it had before.
+void fillRecords(NUXO::ZmtTevUtils& utils, const NUXO::IGraphConfig& graph, uint32_t kernels)
+{
+    for (int time = 0; time < 2; ++time) {
+        qv_isp_zmt_program_group group = {};
+        if (utils.initTevUtils(&graph) == StatusOk) utils.getProgramGroup(kStreams, group);
+        if (group.kernel_count != kernels) throw std::runtime_error("a stream has no records");
+    }
+}
+
+// In a graph of another generation each time.
+void analyseKernels(size_t cycle)
+{
+    KernelGraphShape shape;
+    shape.generation = kFirstGeneration + static_cast<int>(cycle % 3);
+    shape.streams = kStreams;
+    const Tree graph = kernelGraph(shape);
+    NUXO::ZmtTevUtils utils(true);
+    fillRecords(utils, *graph, static_cast<uint32_t>(shape.groups * shape.kernels));
 }
 
 void runCycles(size_t cycles)
@@ -29,6 +54,7 @@ void runCycles(size_t cycles)
         const int settingsKey = 1 + static_cast<int>(i % kSettings);
         const Tree graph = trees.build(trees.find(settingsKey));
         checkGraph(*graph, settingsKey);
+        analyseKernels(i);
     }
 }
 

@@ -30,7 +30,8 @@ private:
 /// Throws std::runtime_error unless the graph of the setting reaches the sink with the setting's resolution.
 void checkGraph(const NUXO::IGraphConfig& graph, int settingsKey);
 
-/// Bytes by which the heap grew over @p cycles cycles of parsing, querying, building and destroying, after some to warm up.
+/// Bytes by which the heap grew over @p cycles cycles of parsing, querying, building, filling records and destroying, after
+/// some to warm up.
 long long growthOver(size_t cycles);
 
 } // namespace bench

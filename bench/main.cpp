@@ -21,6 +21,7 @@ bool measureAll()
     bench::addConstructionBenchmarks(context);
     bench::addFormatBenchmarks(context);
     bench::addPortBenchmarks(context);
+    bench::addKernelBenchmarks(context);
     bench::addGrowthBenchmark(context);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
