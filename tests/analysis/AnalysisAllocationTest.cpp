@@ -81,18 +81,24 @@ protected:
         return std::find(all.begin(), all.end(), line) != all.end();
     }
 
-    /// Whether the last line names the step of the analysis that failed.
-    bool toldWhichStepFailed() const
+    /// The step of the analysis that failed as the last line names it, empty when that does not.
+    std::string failedStep() const
     {
         const std::vector<std::string> all = lines();
-        if (all.empty()) return false;
-        const std::string& last = all.back();
-        return last == "16 Graph settings analysis failed" || last == "16 TEV data allocation failed" ||
-               last == "16 TEV structures population failed";
+        const std::string last = all.empty() ? "" : all.back();
+        for (const char* const step : {kAnalysis, kAllocation, kPopulation}) {
+            if (last == std::string("16 ") + step + " failed") return step;
+        }
+        return "";
     }
 
-    size_t mSilentFailures = 0; ///< analyses that did not say which step failed
-    size_t mDumpsWithMarks = 0; ///< dumps that found marks of the analysis
+    static constexpr const char* kAnalysis = "Graph settings analysis";
+    static constexpr const char* kAllocation = "TEV data allocation";
+    static constexpr const char* kPopulation = "TEV structures population";
+
+    size_t mSilentFailures = 0;    ///< analyses that did not say which step failed
+    size_t mDumpsWithMarks = 0;    ///< dumps that found marks of the analysis
+    size_t mFailedAllocations = 0; ///< analyses that ended when records were allocated
 
     /// Lines that analyses which are out of memory may log, and whether one did.
     std::map<std::string, bool> mFailureLines = {
@@ -119,12 +125,27 @@ private:
                 judgeRecords();
             } else {
                 for (auto& line : mTest.mFailureLines) line.second = line.second || mTest.wasLogged(line.first);
-                if (!mTest.toldWhichStepFailed()) ++mTest.mSilentFailures;
+                const std::string step = mTest.failedStep();
+                if (step.empty()) ++mTest.mSilentFailures;
+                if (step == kAllocation) judgeNoRecords();
             }
             ask();
         }
 
     private:
+        /// Without all of its records the analysis hands out none.
+        void judgeNoRecords()
+        {
+            ++mTest.mFailedAllocations;
+            for (const int id : {-1, 1}) {
+                qv_isp_zmt_run_kernels other = {};
+                qv_isp_zmt_program_group records = {7, &other, 8};
+                ASSERT_EQ(mUtil.getTevData(id, records), StatusOk);
+                EXPECT_EQ(records.kernel_count, 0U);
+                EXPECT_EQ(records.run_kernels, nullptr);
+            }
+        }
+
         void judgeRecords()
         {
             qv_isp_zmt_program_group records = {};
@@ -177,6 +198,7 @@ TEST_F(AnalysisAllocationTest, AnalysisWithLog)
     sweepAnalysis();
     for (const auto& [line, wasLogged] : mFailureLines) EXPECT_TRUE(wasLogged) << line;
     EXPECT_EQ(mSilentFailures, 0U);
+    EXPECT_GT(mFailedAllocations, 0U);
     EXPECT_EQ(mDumpsWithMarks, 0U);
 }
 

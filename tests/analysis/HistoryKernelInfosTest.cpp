@@ -116,6 +116,44 @@ TEST_F(HistoryKernelInfosTest, NumbersMatchHoweverTheyAreWritten)
     EXPECT_TRUE(loggedExactly({}));
 }
 
+TEST_F(HistoryKernelInfosTest, TwoOutputsOfOneIdCountAsOne)
+{
+    auto& k = load(true, kInput + output("id='0'", 640) + output("id='0'", 320), {"0"});
+    EXPECT_EQ(ask(k), "0=640"); // the first
+    EXPECT_TRUE(loggedExactly({}));
+}
+
+TEST_F(HistoryKernelInfosTest, NamesOfDigitsAreNumbersOfAnyLength)
+{
+    const std::string huge = "9999999999999999999999";
+    const struct {
+        const char* what;
+        std::string stated;
+        std::string label;
+        bool match;
+    } cases[] = {
+        {"leading zeros in the settings", "01", "1", true},
+        {"leading zeros in the link", "1", "0001", true},
+        {"zeros only", "00", "0", true},
+        {"the number itself beyond 64 bits", huge, "0" + huge, true},
+        {"2^64 + 1, which wraps around to 1", "1", "18446744073709551617", false},
+        {"2^32 + 1, which wraps around to 1", "1", "4294967297", false},
+        {"two that are beyond 64 bits", "18446744073709551615", huge, false},
+        {"a blank", "1", " 1", false},
+        {"a sign", "1", "+1", false},
+        {"digits with text behind", "1", "1a", false},
+        {"nothing", "0", "", false},
+    };
+    for (const auto& each : cases) {
+        const std::string outputs =
+            element("item", "other", size(640, 480)) + element("item", each.stated, size(320, 480));
+        auto& k = load(true, kInput + "<output>" + outputs + "</output>", {each.label, "other"});
+        ASSERT_EQ(access().getKernelResolutionInfos(k), StatusOk) << each.what;
+        EXPECT_EQ(k.resInfos.at(each.label).output_width, each.match ? 320 : 640) << each.what;
+        EXPECT_EQ(defaultLines().size(), each.match ? 0U : 2U) << each.what;
+    }
+}
+
 TEST_F(HistoryKernelInfosTest, OutputToTwoChildrenCountsOnce)
 {
     auto& k = load(true, kInput + output("id='0'", 640), {"0", "0"});

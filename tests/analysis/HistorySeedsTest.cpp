@@ -154,6 +154,45 @@ TEST_F(HistorySeedsTest, SeveralConnectionsBetweenTwoGroupsKeepTheirHistories)
     EXPECT_TRUE(notLogged("did not reach all"));
 }
 
+// The back end feeds both groups of stream 1, and the first of them feeds the second through the same port. What the walk
+// from pg:in left there must stay: `both` takes it only when qg:side has its frame, too.
+TEST_F(HistorySeedsTest, MainInputThatAnInnerConnectionReachedIsNotSeededAgain)
+{
+    const std::string half =
+        kernel("half", 0, "rcb='1'", "<input " + size(1920, 1080) + "/><output id='0' " + size(960, 540) + "/>");
+    load(source(1920, 1080) + group("pg", 1, in("in") + out("out") + half + klinks({"in>half:0", "half:0>out"})) +
+             group("qg", 1,
+                   in("in") + in("side") + out("out") + kernel("one", 0) + kernel("both", 1) +
+                       klinks({"in>one:0", "in>both:0", "side>both:1", "both:0>out"})) +
+             sink("sink", 1),
+         {"buffer_src0:port_0>pg:in", "buffer_src0:port_0>qg:in", "pg:out>qg:in", "buffer_src0:port_0>qg:side",
+          "qg:out>sink"});
+    ASSERT_EQ(init(), StatusOk);
+    EXPECT_EQ(subgraph(1).inputPorts, (std::vector<NUXO::IGraphConfig*>{&at(*mRoot, "pg:in"), &at(*mRoot, "qg:in")}));
+    const std::string halved = text(info(1920, 1080, 960, 540));
+    EXPECT_EQ(arriving("pg:half"), text(frame(1920, 1080)));
+    EXPECT_EQ(leaving("qg:in", ""), halved);
+    EXPECT_EQ(arriving("qg:one"), halved);
+    EXPECT_EQ(arriving("qg:both"), text(frame(1920, 1080))); // the larger one
+    EXPECT_TRUE(notLogged("Could not find the res history"));
+    EXPECT_TRUE(notLogged("did not reach all"));
+}
+
+// Nothing inside the first group leads to its port `off`, so it has no inner node; the port behind it is off and needs none.
+TEST_F(HistorySeedsTest, DisabledPortDoesNotAskForWhatFeedsIt)
+{
+    load(source(1920, 1080) + through("pg", 1, out("off", "enabled='0'")) +
+             through("next", 2, in("side", "enabled='0'") + kernel("l", 1), {"side>l:0", "l:0>k_next:1"}) +
+             sink("sink", 2),
+         {"buffer_src0:port_0>pg:in", "pg:out>next:in", "pg:off>next:side", "next:out>sink"});
+    ASSERT_EQ(init(), StatusOk);
+    EXPECT_TRUE(notLogged("Could not find inner node"));
+    EXPECT_TRUE(notLogged("Failed to get res history"));
+    EXPECT_EQ(states(), "k_pg=1 k_next=1 l=2");
+    EXPECT_EQ(disabled(), "next:l next:side");
+    EXPECT_EQ(arriving("next:k_next"), text(frame(1920, 1080)));
+}
+
 TEST_F(HistorySeedsTest, SecondaryPortWithoutPeerIsNotVisited)
 {
     loadTwice();

@@ -301,6 +301,43 @@ TEST_F(KernelDataTest, KernelThatChangedItsNameIsAnError)
     EXPECT_EQ(pg.run_kernels, nullptr);
 }
 
+TEST_F(KernelDataTest, KernelWithoutInnerNodeIsReported)
+{
+    loadThree();
+    ASSERT_EQ(init(), StatusOk);
+    ASSERT_EQ(subgraph(1).imagingNodes.erase("pg:alpha"), 1U);
+    clearLog();
+    qv_isp_zmt_program_group pg = kUntouched;
+    EXPECT_EQ(mUtil->getPgTevData(&at(*mRoot, "pg"), pg), StatusBadArgument);
+    EXPECT_TRUE(loggedExactly({"16 Could not find the record of kernel[pg:alpha]"}));
+    EXPECT_EQ(pg.kernel_count, 0U);
+    EXPECT_EQ(pg.run_kernels, nullptr);
+}
+
+TEST_F(KernelDataTest, GroupOfACopyIsAnsweredFromTheAnalysedGraph)
+{
+    loadThree();
+    ASSERT_EQ(init(), StatusOk);
+    const auto own = groupData("pg");
+    const std::unique_ptr<NUXO::GraphConfigItem> graph(mRoot->copy());
+    const std::unique_ptr<NUXO::GraphConfigItem> detached(at(*mRoot, "pg").copy());
+    auto& copied = at(static_cast<graphtest::GraphConfigNode&>(*graph), "pg");
+    auto& alone = static_cast<graphtest::GraphConfigNode&>(*detached);
+    ASSERT_EQ(alone.getAncestor(), nullptr);
+    for (graphtest::GraphConfigNode* const other : {&copied, &alone}) {
+        // what the copy says does not count
+        other->removeDescendant(NUXO_KEY_TUNING_MODE);
+        at(*other, "alpha").removeDescendant(NUXO_KEY_PAL_UUID);
+        qv_isp_zmt_program_group pg = kUntouched;
+        clearLog();
+        EXPECT_EQ(mUtil->getPgTevData(other, pg), StatusOk);
+        EXPECT_TRUE(loggedExactly({}));
+        EXPECT_EQ(pg.run_kernels, own.run_kernels);
+        EXPECT_EQ(uuids(pg), (Texts{"1000", "1001", "1002"}));
+        EXPECT_EQ(pg.operation_mode, 5U);
+    }
+}
+
 TEST_F(KernelDataTest, MoreKernelsThanAtInitAreAnError)
 {
     loadThree();

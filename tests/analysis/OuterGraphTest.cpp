@@ -318,12 +318,16 @@ TEST_F(OuterGraphTest, NodeThatFeedsItselfCanBeCutOut)
 {
     BaseGraphNode above;
     BaseGraphNode loop;
+    above.name = "above";
+    loop.name = "loop";
     above.addChild(&loop, "in");
     loop.addParent(&above, "out");
     loop.addChild(&loop, "in");
     loop.addParent(&loop, "out");
     loop.emanzipate();
     EXPECT_TRUE(above.children.empty());
+    EXPECT_EQ(text(loop.parents), "above[out] loop[out]"); // its own links stay, as those to others do
+    EXPECT_EQ(text(loop.children), "loop[in]");
 }
 
 } // namespace

@@ -184,6 +184,45 @@ TEST_F(SubGraphsTest, AnalysisStartsFromEmptySubgraphs)
     EXPECT_EQ(subGraphs.count(7), 0U);
 }
 
+/// A source whose @p sourcePorts ports all lead to one hardware block, the @p outputs ports of which leave it, and @p sinks
+/// sinks of a stream each. The streams have no groups, so the block's ports are their outputs.
+std::string manyOutputs(int sourcePorts, int outputs, int sinks)
+{
+    std::string ports;
+    for (int i = 0; i < sourcePorts; ++i) ports += output("port_" + std::to_string(i), "csi:in");
+    std::string blockPorts = input("in", "buffer_src0:port_0");
+    for (int i = 0; i < outputs; ++i) blockPorts += output("out" + std::to_string(i), "far:in");
+    std::string nodes = element("source", "buffer_src0", "", ports) + element("hw", "csi", "", blockPorts);
+    std::string connections = connection("buffer_src0:port_0", "csi:in");
+    for (int i = 0; i < sinks; ++i) {
+        const std::string number = std::to_string(i);
+        nodes += sink("video" + number, "stream_id='" + number + "'");
+        connections += connection("csi:out0", "video" + number);
+    }
+    return nodes + graphOf(connections);
+}
+
+TEST_F(SubGraphsTest, PortsOfABlockThatSeveralSourcePortsFeedCountOnce)
+{
+    load(manyOutputs(3, 2, 1));
+    EXPECT_EQ(analyze(), StatusOk);
+    for (const int id : {-1, 0}) EXPECT_EQ(paths(subGraph(id).outputPorts), "csi:out0 csi:out1");
+    EXPECT_EQ(innerGraph(0), (Lines{"csi:out0 output", "csi:out1 output"}));
+}
+
+TEST_F(SubGraphsTest, OutputPortsDoNotMultiplyWithThePortsOfTheSource)
+{
+    constexpr int kMany = 300;
+    mLog.setMask(0);
+    load(manyOutputs(kMany, kMany, kMany));
+    EXPECT_EQ(analyze(), StatusOk);
+    size_t ports = 0;
+    for (const auto& entry : access().subGraphs()) ports += entry.second->outputPorts.capacity();
+    ASSERT_EQ(access().subGraphs().size(), kMany + 1U); // of each stream, and of what has none
+    EXPECT_EQ(subGraph(0).outputPorts.size(), size_t{kMany});
+    EXPECT_LE(ports, 2U * kMany * (kMany + 1U)); // a vector that grows is at most twice as large as it needs
+}
+
 /// Ports through which another subgraph feeds a node.
 class CrossPortsTest : public SubGraphsTest {
 protected:

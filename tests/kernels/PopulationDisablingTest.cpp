@@ -86,6 +86,23 @@ TEST_F(PopulationDisablingTest, OnlyZeroDisablesAPort)
     EXPECT_EQ(stateWith("private='1'"), "1");
 }
 
+TEST_F(PopulationDisablingTest, FirstOfTwoPortsOfOneIdCounts)
+{
+    const std::string on = "id='5'";
+    const std::string off = "id='5' enabled='0'";
+    const std::string kernel = kernels({"sink_port='5'"});
+    const auto ports = [](const std::string& one, const std::string& two) {
+        return output("one", "far_sink", one) + output("two", "far_sink", two);
+    };
+    EXPECT_EQ(fill(ports(off, on) + kernel), StatusOk);
+    EXPECT_EQ(enables(), "2");
+    EXPECT_EQ(portHistory("pg_a:one"), "4000x3000 > 4000x3000");
+    EXPECT_EQ(portHistory("pg_a:two"), "none");
+    EXPECT_EQ(fill(ports(on, off) + kernel), StatusOk);
+    EXPECT_EQ(enables(), "1");
+    EXPECT_EQ(portHistory("pg_a:two"), "none");
+}
+
 TEST_F(PopulationDisablingTest, HistoriesGoOnThroughDisabledKernels)
 {
     EXPECT_EQ(fill(disabledPort() + kernel("k0", 0, "", resolution("4000x3000 8,8,8,8 > 2000x1500")) +

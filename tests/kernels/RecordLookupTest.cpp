@@ -235,6 +235,22 @@ TEST_F(RecordLookupTest, FirstRecordWithAnIdentityServesAllThatShareIt)
     EXPECT_EQ(mStatus, StatusOk);
 }
 
+// The group was asked about before, and its kernels then changed their identities with each other.
+TEST_F(RecordLookupTest, RecordsThatWereFilledAgainAreLookedUpAnew)
+{
+    ASSERT_EQ(
+        initWith(bufferSource("a:in") +
+                 stage("a", 1, "buffer_src0:port_0", "video", kernel("k", 10, 0) + kernel("l", 20, 1, "enabled='0'")) +
+                 streamSink("video", 1, "a:out")),
+        StatusOk);
+    EXPECT_EQ(recordTexts(ofGroup("a")), Lines({"1:10 1" + kHistory, "1:20 0" + kHistory}));
+    replace(*node("a:k"), NUXO_KEY_PAL_UUID, 20);
+    replace(*node("a:l"), NUXO_KEY_PAL_UUID, 10);
+    ZmtTevUtils::PortHistories portHistories;
+    ASSERT_EQ(mUtils->populateKernelArray(1, records(1).run_kernels, 0, portHistories), StatusOk);
+    EXPECT_EQ(recordTexts(ofGroup("a")), Lines({"1:20 1" + kHistory, "1:10 0" + kHistory}));
+}
+
 TEST_F(RecordLookupTest, IdentityIsLookedForInTheWholeContextOfTheStream)
 {
     const std::string first =

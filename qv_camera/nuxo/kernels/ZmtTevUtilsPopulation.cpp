@@ -354,8 +354,8 @@ int ZmtTevUtils::populate(int ctx, qv_isp_zmt_run_kernels* kernels, unsigned int
     }
     NUXO::dumpResHistory(mInputHistory, "inputHistory");
     NUXO::dumpPortResHistoryMap(portHistories);
-    return ArrayPopulation(*this, ctx, kernels, mPools[index], portHistories)
-        .run(streams == nullptr ? indexStreams() : *streams);
+    ArrayPopulation population(*this, ctx, kernels, mPools[index], portHistories);
+    return streams == nullptr ? population.run(indexStreams()) : population.run(*streams);
 }
 
 // What arrives at a program group that is not the first one of its context.
