@@ -1,0 +1,2 @@
+// SPDX-License-Identifier: Apache-2.0
+// Holds the headers that test programs share; see nuxo_test_headers.
