@@ -105,6 +105,15 @@ TEST_F(DrawTest, EscapesNames)
     expectDotAccepts(result.out);
 }
 
+TEST_F(DrawTest, CropOnAnOutputExplainsTheSizeThatLeaves)
+{
+    // The second output, 480x272, loses two lines.
+    const ToolRun result = ask("kva7", "70500", {"--stream", "2"});
+    EXPECT_TRUE(has(line(result, "\"cb_vfuse:vx_pyramid\" ["), "1920x1080 to 480x272<BR/>crop 64,36,64,36<BR/>"
+                                                               "output crop 0,0,0,2"));
+    EXPECT_TRUE(has(line(result, "\"cb_vfuse:vx_pyramid\" -> \"cb_vfuse:vx_small\""), "480x270"));
+}
+
 TEST_F(DrawTest, SameBytesOnEveryRun)
 {
     const ToolRun first = ask("kva6", "60100", {"--stream", "1"});

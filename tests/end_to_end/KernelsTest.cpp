@@ -129,6 +129,18 @@ TEST_F(KernelsTest, UnknownStreamIsAUsageError)
                           "             ^\n");
 }
 
+TEST_F(KernelsTest, StreamThatIsNoNumberIsAUsageError)
+{
+    for (const std::string stream : {"abc", "99999999999", "4.5"}) {
+        const ToolRun result = ask("linked", "1", {"--stream", stream});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.err.find("nuxo: error[usage]: Could not convert: --stream = " + stream +
+                                  "; expected a whole number of 32 bits\n"),
+                  0U)
+            << result.err;
+    }
+}
+
 TEST_F(KernelsTest, UnknownGroupGetsASuggestion)
 {
     const ToolRun result = ask("linked", "1", {"--group", "frond"});
@@ -193,7 +205,7 @@ TEST_F(KernelsTest, StreamsInACircleAreAFinding)
     const ToolRun result = run({"kernels", "circle.xml", "linked_settings.xml", "--key", "1"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_NE(result.err.find("error[kernels]: Traversal of meta graph did not reach all nodes 1/3; expected streams "
-                              "that do not feed each other in a circle, which have no records\n"),
+                              "that frames reach: the others have no records\n"),
               std::string::npos)
         << result.err;
 }
@@ -222,8 +234,15 @@ TEST_F(KernelsTest, GraphWithoutKernelsIsSaidToHaveNone)
     const ToolRun result = ask("kva6", "60206");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("note: no program group of setting 60206 is asked for\n"), std::string::npos)
-        << result.err;
+    EXPECT_NE(result.err.find("note: setting 60206 has no program group\n"), std::string::npos) << result.err;
+}
+
+TEST_F(KernelsTest, StreamWithoutKernelsIsSaidToHaveNone)
+{
+    const ToolRun result = ask("linked", "1", {"--stream", "0"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("note: setting 1 has no program group in stream 0\n"), std::string::npos) << result.err;
 }
 
 TEST_F(KernelsTest, KernelsOfTheExamplesAreInOrder)

@@ -4,7 +4,12 @@
 #include "ElementNames.h"
 #include "KernelFaults.h"
 #include "LibraryFindings.h"
+#include "Origins.h"
+#include "PortView.h"
+#include "StreamFaults.h"
+#include "Text.h"
 #include "TreeView.h"
+#include "UnreachedNodes.h"
 
 #include <nuxo/NuxoStatus.h>
 
@@ -21,11 +26,6 @@ namespace {
 
 constexpr const char* kRule = "kernels";
 
-bool startsWith(const std::string& text, std::string_view start)
-{
-    return text.compare(0, start.size(), start) == 0;
-}
-
 // Each step of the library says that it failed when an inner one did, which by itself explains nothing.
 bool isConsequence(const std::string& line)
 {
@@ -40,6 +40,11 @@ bool isConsequence(const std::string& line)
         "Failed to collect imaging graph info from ",
         "Generating kernel lists failed",
         "Creating kernel list for exec ctx id ",
+        "Failed to retrieve kernel info from IGraphConfig",
+        "Failed to fetch kernel values ",
+        "Failed to get resolution history for source: ",
+        "Failed to get source resolution history",
+        "No Input port or source in stream ",
     };
     return std::any_of(std::begin(starts), std::end(starts),
                        [&line](std::string_view start) { return startsWith(line, start); }) ||
@@ -59,7 +64,8 @@ bool isDefaultSize(const LogLine& line)
                              startsWith(line.text, "Failed to get dimensions for private port "));
 }
 
-// Drops what is no matter: with a size that is not stated also the error that says so.
+// Drops what is no matter: with a size that is not stated also the error that says so. Where frames do not arrive is
+// always told.
 std::vector<LogLine> withoutExpected(const std::vector<LogLine>& lines, bool withWarnings)
 {
     std::vector<LogLine> kept;
@@ -70,7 +76,9 @@ std::vector<LogLine> withoutExpected(const std::vector<LogLine>& lines, bool wit
             kept.push_back(line);
         }
     }
-    const auto isUnwanted = [withWarnings](const LogLine& line) { return !line.isError && !withWarnings; };
+    const auto isUnwanted = [withWarnings](const LogLine& line) {
+        return !line.isError && !withWarnings && !tellsOfUnreached(line.text);
+    };
     kept.erase(std::remove_if(kept.begin(), kept.end(), isUnwanted), kept.end());
     return kept;
 }
@@ -91,29 +99,40 @@ bool isWidthWrong(const std::string& line)
 // Of a line that leaves the cause to the reader.
 std::string remedyFor(const std::string& line)
 {
-    return startsWith(line, "Traversal of meta graph did not reach all nodes ")
-               ? "; expected streams that do not feed each other in a circle, which have no records"
-               : "";
+    return isStreamUnreached(line) ? "; expected streams that frames reach: the others have no records" : "";
+}
+
+// What is missing, where the line says only which side.
+bool isPartOfBackEnd(const std::string& line)
+{
+    return line == "Failed to get csi be output dimensions" || line == "Failed to get input dimensions and crop";
 }
 
 class Reporter {
 public:
     Reporter(Session& session, const BuiltGraph& built, bool withWarnings)
         : mSession(session), mBuilt(built), mNames(*built.graph), mGroups(programGroupsOf(*built.graph)),
-          mLines(withoutExpected(newLines(session, {kRule, built.settings, "", 0}, true), withWarnings))
+          mLines(withoutFollowers(
+              withoutExpected(newLines(session, {kRule, built.settings, "", 0}, true), withWarnings), mGroups))
     {
         for (const LogLine& line : mLines) mTexts.push_back(line.text);
     }
 
     void reportLines()
     {
+        const size_t errors = mSession.findings.errorCount();
         for (size_t i = 0; i < mLines.size(); ++i) {
             if (mLines[i].isError) {
-                mSession.findings.error(kRule, placeOfLine(i), mTexts[i] + remedyFor(mTexts[i]));
+                mSession.findings.error(kRule, placeOfLine(i).where, mTexts[i] + remedyFor(mTexts[i]));
+                noteStreamFaults(mTexts[i]);
             } else {
-                mSession.findings.warning(kRule, placeOfLine(i), mTexts[i]);
+                mSession.findings.warning(kRule, placeOfLine(i).where, mTexts[i]);
             }
         }
+        if (mSession.findings.errorCount() > errors) return;
+        reportUnfedGroups();
+        reportLinksWithoutPort();
+        reportHalfSizes();
     }
 
     void reportFailure(int status)
@@ -121,45 +140,114 @@ public:
         const size_t cause = causeIndex();
         std::string found =
             "filling the records of " + settingName(*mBuilt.settings) + " ended with " + NUXO::statusName(status);
-        if (cause < mLines.size()) found += ": " + mTexts[cause];
-        mSession.findings.error(kRule, cause < mLines.size() ? placeOfLine(cause) : placeOf(mSession, onSetting()),
-                                found + "; expected kernels whose links and sizes fit");
+        Place place = {placeOf(mSession, onSetting()), KernelFault().expected};
+        if (cause < mLines.size()) {
+            found += ": " + mTexts[cause];
+            place = placeOfLine(cause);
+        }
+        mSession.findings.error(kRule, place.where, found + "; expected " + place.expected);
+        if (cause < mLines.size()) noteStreamFaults(mTexts[cause]);
+        reportHalfSizes(originText(place.where));
         for (size_t i = 0; i < mLines.size(); ++i) {
             if (i == cause || isConsequence(mTexts[i])) continue;
-            mSession.findings.note(placeOfLine(i),
+            mSession.findings.note(placeOfLine(i).where,
                                    (mLines[i].isError ? "library error: " : "library warning: ") + mTexts[i]);
         }
     }
 
 private:
+    struct Place {
+        Location where;
+        std::string expected;
+    };
+
     LogContext onSetting() const { return {kRule, mBuilt.settings, "", 0}; }
+
+    // The library takes a kernel with half a size for one without.
+    void reportHalfSizes(const std::string& known = "")
+    {
+        for (const KernelFault& fault : halfSizesIn(mGroups)) {
+            const Location where = placeOf(mSession, {kRule, fault.item, "", fault.attribute});
+            if (originText(where) == known) continue;
+            const IGraphConfig& kernel = *fault.item->getAncestor();
+            mSession.findings.warning(kRule, where,
+                                      nameOf(*kernel.getAncestor()) + ':' + nameOf(kernel) + " states half of its " +
+                                          nameOf(*fault.item) + " size, which does not count; expected " +
+                                          fault.expected);
+        }
+    }
+
+    // The library does not mind.
+    void reportUnfedGroups()
+    {
+        for (const StreamFault& fault : unfedGroupsOf(mSession, mGroups)) {
+            mSession.findings.error(kRule, placeOf(mSession, {kRule, fault.item, "", 0}),
+                                    fault.text + ", so the records do not tell what its kernels receive; expected a " +
+                                        "connection that leads there");
+        }
+    }
+
+    void reportLinksWithoutPort()
+    {
+        for (const KernelFault& fault : linksWithoutPortIn(mGroups)) {
+            const std::string end = textOf(*fault.item, fault.attribute);
+            mSession.findings.error(kRule, placeOf(mSession, {kRule, fault.item, "", fault.attribute}),
+                                    '\'' + end + "' is no port of " + nameOf(*fault.item->getAncestor()) +
+                                        "; expected a port, or that of a kernel, such as " + end + ":0");
+        }
+    }
+
+    void noteStreamFaults(const std::string& line)
+    {
+        if (!isStreamUnreached(line)) return;
+        for (const StreamFault& fault : streamFaultsOf(mSession, *mBuilt.graph, mGroups))
+            mSession.findings.note(placeOf(mSession, {kRule, fault.item, "", 0}), fault.text);
+    }
+
+    template <typename IsWanted> size_t firstLine(IsWanted isWanted) const
+    {
+        return static_cast<size_t>(std::find_if(mLines.begin(), mLines.end(), isWanted) - mLines.begin());
+    }
 
     // The first error that explains; without any the first error.
     size_t causeIndex() const
     {
-        size_t first = mLines.size();
-        for (size_t i = mLines.size(); i-- > 0;) {
-            if (mLines[i].isError && !isConsequence(mTexts[i])) first = i;
-        }
-        if (first < mLines.size()) return first;
-        const auto error = std::find_if(mLines.begin(), mLines.end(), [](const LogLine& line) { return line.isError; });
-        return static_cast<size_t>(error - mLines.begin());
+        const auto isError = [](const LogLine& line) { return line.isError; };
+        const size_t first = firstLine([](const LogLine& line) { return line.isError && !isConsequence(line.text); });
+        if (first == mLines.size()) return firstLine(isError);
+        if (startsWith(mTexts[first], "Error: Couldn't get ") && first + 1 < mLines.size() &&
+            isPartOfBackEnd(mTexts[first + 1]))
+            return first + 1;
+        return startsWith(mTexts[first], "Failed to get res history for input port ") ? causeUpstream(first) : first;
+    }
+
+    // Why no frame leaves the stream before: a switch that leads nowhere, or else where frames stop.
+    size_t causeUpstream(size_t consequence) const
+    {
+        const size_t routing = firstLine(
+            [](const LogLine& line) { return startsWith(line.text, "Failed to get Active routing path for "); });
+        const size_t stop = firstLine([](const LogLine& line) { return isUnreached(line.text); });
+        if (stop > consequence) return consequence;
+        return routing < stop ? routing : stop;
     }
 
     // At the element that the line names, or else one of the lines behind it, which tell what the step was about.
-    Location placeOfLine(size_t index)
+    Place placeOfLine(size_t index)
     {
-        for (size_t i = index; i < mLines.size(); ++i) {
+        const IGraphConfig* item = nullptr;
+        for (size_t i = index; i < mLines.size() && item == nullptr; ++i) {
             if (i > index && !mLines[i].isError) continue;
+            if (isPartOfBackEnd(mTexts[i])) continue; // the words in it are no names
             const std::vector<std::string> behind(mTexts.begin() + static_cast<std::ptrdiff_t>(i) + 1, mTexts.end());
-            const IGraphConfig* const item = mNames.namedIn(mTexts[i], behind);
-            if (item == nullptr) continue;
-            if (startsWith(mTexts[index], "Consistency error in kernel "))
-                return placeOfInput(mSession, *item, isWidthWrong(mTexts[index]));
-            const KernelFault fault = faultBehind(mTexts[index], *item, mGroups);
-            return placeOf(mSession, {kRule, fault.item == nullptr ? item : fault.item, "", fault.attribute});
+            item = mNames.namedIn(mTexts[i], behind);
         }
-        return placeOf(mSession, onSetting());
+        const char* const expected = KernelFault().expected;
+        const std::string& line = mTexts[index];
+        if (item != nullptr && startsWith(line, "Consistency error in kernel "))
+            return {placeOfInput(mSession, *item, isWidthWrong(line)), expected};
+        const KernelFault fault = faultBehind(line, item, mGroups);
+        if (fault.item != nullptr) return {placeOf(mSession, {kRule, fault.item, "", fault.attribute}), fault.expected};
+        return {placeOf(mSession, item == nullptr ? onSetting() : LogContext{kRule, item, "", 0}), expected};
     }
 
     Session& mSession;

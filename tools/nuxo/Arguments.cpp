@@ -324,7 +324,9 @@ std::string contradiction(const Arguments& arguments)
 std::string complaint(const CLI::App& app, const CLI::ParseError& error)
 {
     const std::vector<std::string> unused = app.remaining();
-    if (!app.get_subcommands().empty()) return error.what();
+    const bool isNumber = dynamic_cast<const CLI::ConversionError*>(&error) != nullptr; // all options but texts
+    if (!app.get_subcommands().empty())
+        return error.what() + std::string(isNumber ? "; expected a whole number of 32 bits" : "");
     if (unused.empty()) return "no verb; expected " + verbsText();
     if (unused.front().compare(0, 1, "-") == 0) return "unknown option '" + unused.front() + "'; expected a verb";
     std::vector<std::string> names;

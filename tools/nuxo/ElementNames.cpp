@@ -86,19 +86,17 @@ void ElementNames::addParts(const GraphConfigNode& node)
 void ElementNames::addLinks(const GraphConfigNode& group)
 {
     const std::string name = nameOf(group);
-    TreeView view;
-    for (const ChildView& child : view.children(group)) {
-        if (child.node->getUid() != NUXO_KEY_KLINK && textOf(*child.node, NUXO_KEY_TYPE) != "klink") continue;
-        const std::string source = textOf(*child.node, NUXO_KEY_SOURCE);
-        const std::string destination = textOf(*child.node, NUXO_KEY_DESTINATION);
+    for (const GraphConfigNode* const link : linksOf(group)) {
+        const std::string source = textOf(*link, NUXO_KEY_SOURCE);
+        const std::string destination = textOf(*link, NUXO_KEY_DESTINATION);
         const auto withPort = [](const std::string& end) {
             return end.find(':') == std::string::npos ? end + ':' : end;
         };
-        mEntries.push_back({withPort(source) + "->" + withPort(destination), child.node, name, Rank::Full});
+        mEntries.push_back({withPort(source) + "->" + withPort(destination), link, name, Rank::Full});
         for (const std::string& end : {nodePart(source), nodePart(destination)}) {
             if (group.getDescendantByString(end) != nullptr) continue;
-            mEntries.push_back({name + ':' + end, child.node, name, Rank::Loose});
-            mEntries.push_back({end, child.node, name, Rank::Loose});
+            mEntries.push_back({name + ':' + end, link, name, Rank::Loose});
+            mEntries.push_back({end, link, name, Rank::Loose});
         }
     }
 }
@@ -141,7 +139,12 @@ const IGraphConfig* ElementNames::groupOfStreamIn(const std::string& line) const
     if (!stream) return nullptr;
     const auto found = std::find_if(mGroups.nodes.begin(), mGroups.nodes.end(),
                                     [&stream](const GraphConfigNode* group) { return streamOf(*group) == stream; });
-    return found == mGroups.nodes.end() ? nullptr : *found;
+    if (found != mGroups.nodes.end()) return *found;
+    // A stream without groups is one of sinks.
+    const auto sink = std::find_if(mEntries.begin(), mEntries.end(), [&stream](const Entry& entry) {
+        return isSink(*entry.item) && streamOf(*entry.item) == stream;
+    });
+    return sink == mEntries.end() ? nullptr : sink->item;
 }
 
 } // namespace NuxoTool

@@ -184,9 +184,11 @@ private:
             const std::string in = sizeText(info.input_width, info.input_height);
             const std::string out = sizeText(info.output_width, info.output_height);
             const std::string crop = cropText(info.input_crop);
-            if (in == out && crop == "-") continue;
+            const std::string outputCrop = cropText(info.output_crop);
+            if (in == out && crop == "-" && outputCrop == "-") continue;
             text += "<BR/>" + dotHtml(in + " to " + out);
             if (crop != "-") text += "<BR/>" + dotHtml("crop " + crop);
+            if (outputCrop != "-") text += "<BR/>" + dotHtml("output crop " + outputCrop);
         }
         return text;
     }

@@ -23,9 +23,11 @@ namespace {
 
 constexpr int kScaleBits = 10;
 
-int32_t scaled(int32_t crop, int64_t scale)
+// Crops that no frame has wrap instead of overflowing.
+void addScaled(int32_t& total, int32_t crop, int64_t scale)
 {
-    return static_cast<int32_t>((crop * scale) >> kScaleBits);
+    const auto product = static_cast<int64_t>(static_cast<uint64_t>(int64_t{crop}) * static_cast<uint64_t>(scale));
+    total = static_cast<int32_t>(total + (product >> kScaleBits));
 }
 
 // What leaves a kernel, in the arithmetic of the library, which tells it only where another kernel receives it.
@@ -40,10 +42,10 @@ Resolution leaving(const Resolution& arriving, const Flow::Node& kernel)
     const int64_t vertical =
         (int64_t{arriving.input_height} - crop.top - crop.bottom) * factor / arriving.output_height;
     Resolution result = arriving;
-    result.input_crop.left += scaled(own.input_crop.left, horizontal);
-    result.input_crop.top += scaled(own.input_crop.top, vertical);
-    result.input_crop.right += scaled(own.input_crop.right, horizontal);
-    result.input_crop.bottom += scaled(own.input_crop.bottom, vertical);
+    addScaled(result.input_crop.left, own.input_crop.left, horizontal);
+    addScaled(result.input_crop.top, own.input_crop.top, vertical);
+    addScaled(result.input_crop.right, own.input_crop.right, horizontal);
+    addScaled(result.input_crop.bottom, own.input_crop.bottom, vertical);
     result.output_width = own.output_width;
     result.output_height = own.output_height;
     return result;

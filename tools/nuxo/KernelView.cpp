@@ -121,6 +121,7 @@ std::vector<GroupView> viewKernels(Session& session, const BuiltGraph& built)
     if (!checkStream(session, *built.graph) || !checkGroup(session, groups)) return {};
 
     takeLibraryLog();
+    const size_t errors = session.findings.errorCount();
     ZmtTevUtils utils(true);
     const int status = utils.initTevUtils(built.graph);
     reportAnalysis(session, built, status, true);
@@ -132,6 +133,10 @@ std::vector<GroupView> viewKernels(Session& session, const BuiltGraph& built)
         const int groupStatus = utils.getProgramGroup(group, records);
         const LogContext context = {"kernels", group, "", 0};
         if (groupStatus != StatusOk) {
+            if (session.findings.errorCount() > errors) {
+                takeLibraryLog(); // a consequence
+                continue;
+            }
             reportFailure(session, context, "reading the records of " + nameOf(*group), groupStatus,
                           "a program group with records");
             continue;

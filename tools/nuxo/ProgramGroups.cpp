@@ -40,9 +40,7 @@ std::string listed(const std::set<int>& numbers)
 
 bool ProgramGroups::areLinked() const
 {
-    const auto hasLink = [](const GraphConfigNode* group) {
-        return group->getDescendant(NUXO_KEY_KLINK) != nullptr || !childrenOfType(*group, NUXO_KEY_KLINK).empty();
-    };
+    const auto hasLink = [](const GraphConfigNode* group) { return !linksOf(*group).empty(); };
     return version > NUXO::GdfVersionKVA5 || std::any_of(nodes.begin(), nodes.end(), hasLink);
 }
 
@@ -54,6 +52,17 @@ ProgramGroups programGroupsOf(const GraphConfigNode& graph)
     if (groups.version == NUXO::GdfVersionKVA7) groups.type = NUXO_KEY_COMPUTE_BLOCK;
     groups.nodes = childrenOfType(graph, groups.type);
     return groups;
+}
+
+std::vector<const GraphConfigNode*> linksOf(const GraphConfigNode& group)
+{
+    std::vector<const GraphConfigNode*> links;
+    TreeView view;
+    for (const ChildView& child : view.children(group)) {
+        if (child.node->getUid() == NUXO_KEY_KLINK || textOf(*child.node, NUXO_KEY_TYPE) == "klink")
+            links.push_back(child.node);
+    }
+    return links;
 }
 
 std::optional<int> streamOf(const IGraphConfig& node)

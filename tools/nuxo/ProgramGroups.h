@@ -25,6 +25,9 @@ struct ProgramGroups {
 
 ProgramGroups programGroupsOf(const NUXO::GraphConfigNode& graph);
 
+/// The links between the kernels of a program group.
+std::vector<const NUXO::GraphConfigNode*> linksOf(const NUXO::GraphConfigNode& group);
+
 /// The `stream_id` of a node.
 std::optional<int> streamOf(const NUXO::IGraphConfig& node);
 

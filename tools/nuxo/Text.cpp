@@ -146,6 +146,11 @@ std::string orDash(const std::string& text)
     return text.empty() ? "-" : text;
 }
 
+bool startsWith(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
 const char* yesOrNo(bool value)
 {
     return value ? "yes" : "no";

@@ -35,6 +35,8 @@ template <typename Number> std::string orDash(const std::optional<Number>& numbe
     return number ? std::to_string(*number) : "-";
 }
 
+bool startsWith(std::string_view text, std::string_view start);
+
 const char* yesOrNo(bool value);
 
 /// Eight hexadecimal digits behind "0x".

@@ -141,8 +141,10 @@ void runKernels(Session& session)
     const std::vector<GroupView> groups = viewKernels(session, built);
     if (groups.empty()) {
         if (session.findings.errorCount() > errors) return;
-        session.findings.note(inFile(session.arguments.settings),
-                              "no program group of " + settingName(*built.settings) + " is asked for");
+        session.findings.note(
+            inFile(session.arguments.settings),
+            settingName(*built.settings) + " has no program group" +
+                (session.arguments.stream ? " in stream " + std::to_string(*session.arguments.stream) : ""));
     }
     session.output = session.arguments.format == Format::Json ? renderJson(session, built, groups) : render(groups);
 }
