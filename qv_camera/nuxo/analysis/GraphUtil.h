@@ -200,6 +200,7 @@ private:
     QV_LOCAL void indexNode(IGraphConfig& node);
     QV_LOCAL int addGraphConnection(IGraphConfig& connection);
     QV_LOCAL int removeUnusedNodes();
+    QV_LOCAL static bool isError(int result);
     QV_LOCAL int traverseGraph(BaseGraphNode* start, Visitor& visitor, bool forward);
     QV_LOCAL void resetGraph();
     QV_LOCAL int activeNodeVisitor(BaseGraphNode* node, std::vector<std::string>* activeNodes);

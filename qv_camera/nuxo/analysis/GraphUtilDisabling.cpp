@@ -11,11 +11,6 @@ namespace NUXO {
 
 namespace {
 
-bool isError(int result)
-{
-    return result != StatusOk && result != StatusNoMoreMatches;
-}
-
 bool isOff(const IGraphConfig& port)
 {
     return integerOr(&port, NUXO_KEY_ENABLED, 1) == 0;

@@ -194,7 +194,7 @@ int GraphUtil::dumpFromStarts(SubGraphInfo& sg)
     Visitor visitor = [](BaseGraphNode* node) { return dumpInnerNodeVisitor(node, KERNEL); };
     for (ImagingNode* const start : starts) {
         const int result = traverseGraph(start, visitor, true);
-        if (result != StatusOk && result != StatusNoMoreMatches) return result;
+        if (isError(result)) return result;
     }
     return StatusOk;
 }

@@ -32,11 +32,6 @@ qv_isp_zmt_resolution_info compose(const qv_isp_zmt_resolution_info& history, co
     return result;
 }
 
-bool isError(int result)
-{
-    return result != StatusOk && result != StatusNoMoreMatches;
-}
-
 bool fits(const std::string& kernel, const qv_isp_zmt_resolution_info& info, const qv_isp_zmt_resolution_info& history)
 {
     if (info.input_width == history.output_width && info.input_height == history.output_height) return true;

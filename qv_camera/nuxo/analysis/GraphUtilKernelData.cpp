@@ -108,7 +108,7 @@ int GraphUtil::populateTevData()
     for (const auto& [id, sg] : mSubGraphs) {
         if (!sg->inputPorts.empty()) continue;
         const int status = traverseGraph(sg.get(), visitor, true);
-        if (status == StatusOk || status == StatusNoMoreMatches) continue;
+        if (!isError(status)) continue;
         NUXO_ERROR("Traversal of subgraphs failed on subgraph %d", id);
         return status;
     }

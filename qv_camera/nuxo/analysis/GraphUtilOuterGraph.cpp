@@ -106,13 +106,18 @@ int GraphUtil::addGraphConnection(IGraphConfig& connection)
     return StatusOk;
 }
 
+// Whether a walk failed; stopping at a node is no failure.
+bool GraphUtil::isError(int result)
+{
+    return result != StatusOk && result != StatusNoMoreMatches;
+}
+
 // With a stack of its own: chains of nodes are as long as files make them.
 int GraphUtil::traverseGraph(BaseGraphNode* start, Visitor& visitor, bool forward)
 {
     const auto linksOf = [forward](const BaseGraphNode& node) -> const Links& {
         return forward ? node.children : node.parents;
     };
-    const auto isError = [](int result) { return result != StatusOk && result != StatusNoMoreMatches; };
     const auto report = [](const BaseGraphNode& node, int result) {
         NUXO_ERROR("Graph traversal interrupted at node %s [%d]", node.name.c_str(), result);
     };
