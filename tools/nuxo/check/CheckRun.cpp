@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/CheckRun.h"
+
+#include "Progress.h"
+
+#include <algorithm>
+#include <type_traits>
+
+namespace NuxoTool {
+
+namespace {
+
+bool isAnyOf(const std::string& rule, const Findings& findings)
+{
+    const auto& all = findings.all();
+    return std::any_of(all.begin(), all.end(), [&rule](const auto& finding) { return finding.rule == rule; });
+}
+
+// The mode that a setting asks its sensor for.
+const XmlElement* modeOf(const ModelSetting& setting, const SettingsModel& model)
+{
+    const XmlElement* const sensor = setting.element->child("sensor");
+    if (sensor == nullptr) return nullptr;
+    const auto& modes = model.sensorModes();
+    const auto found = std::find_if(modes.begin(), modes.end(), [sensor](const ModelSensorMode& mode) {
+        return mode.id == sensor->value("mode_id");
+    });
+    return found == modes.end() ? nullptr : found->element;
+}
+
+} // namespace
+
+CheckRun::CheckRun(Session& session, const RuleSettings& rules) : mSession(session), mReporter(rules, mFindings)
+{
+}
+
+CheckSummary CheckRun::run()
+{
+    checkDescriptor();
+    for (const std::string& path : mSession.arguments.files) checkSettings(path);
+    reportMissingKeys();
+    std::vector<std::string> files = {mSession.arguments.descriptor};
+    files.insert(files.end(), mSession.arguments.files.begin(), mSession.arguments.files.end());
+    mFindings.sortByPlace(files);
+    mSession.findings.append(mFindings);
+    return mSummary;
+}
+
+bool CheckRun::needsAreMet(const Rule& rule, const std::vector<const XmlDocument*>& documents) const
+{
+    return std::none_of(rule.needs.begin(), rule.needs.end(), [&](const char* needed) {
+        return std::any_of(documents.begin(), documents.end(),
+                           [&](const XmlDocument* document) { return mReporter.hasFired(needed, document->path()); });
+    });
+}
+
+template <typename Function, typename... Subjects>
+void CheckRun::runRules(const std::vector<const XmlDocument*>& documents, const Subjects&... subjects)
+{
+    for (const Rule& rule : allRules()) {
+        const Function* const run = std::get_if<Function>(&rule.run);
+        if (run == nullptr || !needsAreMet(rule, documents)) continue;
+        mReporter.enter(rule.id, !std::is_same_v<Function, FileRule>);
+        (*run)(subjects..., mReporter);
+    }
+}
+
+CheckRun::File CheckRun::load(const std::string& path, DocumentKind kind)
+{
+    File file;
+    Session reading;
+    reading.arguments = mSession.arguments;
+    file.graph = loadGraphFile(reading, path, kind);
+    mReporter.take(reading.findings);
+    // A `type` in the wrong place ends the library's parse, but the document goes on.
+    file.isWellFormed = file.graph.complete || (reading.findings.errorCount() == 1 && file.graph.isGraphFile() &&
+                                                isAnyOf("type-before-name", reading.findings));
+    if (!file.isWellFormed) return file;
+    ++mSummary.files;
+    file.document = std::make_unique<XmlDocument>(path);
+    runRules<FileRule>({file.document.get()}, *file.document);
+    return file;
+}
+
+void CheckRun::checkDescriptor()
+{
+    mDescriptor = load(mSession.arguments.descriptor, DocumentKind::Descriptor);
+    if (!mDescriptor.isWellFormed) return;
+    mModel = std::make_unique<DescriptorModel>(*mDescriptor.document);
+    runRules<DescriptorRule>({mDescriptor.document.get()}, *mModel);
+}
+
+void CheckRun::checkSettings(const std::string& path)
+{
+    const File file = load(path, DocumentKind::Settings);
+    if (!file.isWellFormed || mModel == nullptr) return;
+    const SettingsModel model(*file.document, *mModel);
+    chooseSettings(model);
+    runRules<SettingsRule>({mDescriptor.document.get(), file.document.get()}, *mModel, model);
+    if (!file.graph.complete || !mDescriptor.graph.complete) {
+        mSummary.skipped += model.settings().size();
+    } else {
+        buildSettings(model, file.graph);
+    }
+}
+
+bool CheckRun::isChosen(const ModelSetting& setting) const
+{
+    const std::vector<int32_t>& keys = mSession.arguments.keys;
+    return keys.empty() || (setting.key && std::find(keys.begin(), keys.end(), *setting.key) != keys.end());
+}
+
+void CheckRun::chooseSettings(const SettingsModel& model)
+{
+    for (const ModelSetting& setting : model.settings()) {
+        if (setting.key) mAllKeys.insert(*setting.key);
+        if (!isChosen(setting)) {
+            mReporter.ignore(*setting.element);
+        } else if (setting.key) {
+            mFoundKeys.insert(*setting.key);
+        }
+    }
+}
+
+void CheckRun::reportMissingKeys()
+{
+    constexpr size_t listed = 20;
+    for (const int32_t key : mSession.arguments.keys) {
+        if (mModel == nullptr || mFoundKeys.count(key) > 0) continue;
+        std::string known;
+        size_t count = 0;
+        for (const int32_t each : mAllKeys) {
+            if (++count > listed) break;
+            known += (known.empty() ? "" : ", ") + std::to_string(each);
+        }
+        if (mAllKeys.size() > listed) known += ", ...";
+        mSession.findings.error("no-match", {},
+                                "no setting has the key " + std::to_string(key) + "; expected one of " +
+                                    (known.empty() ? "none" : known));
+    }
+}
+
+bool CheckRun::isBuildable(const ModelSetting& setting, const SettingsModel& model) const
+{
+    std::vector<const XmlElement*> parts = {setting.element, model.document().root(), mDescriptor.document->root()};
+    if (const XmlElement* const mode = modeOf(setting, model)) parts.push_back(mode);
+    if (model.sensorModesElement() != nullptr) parts.push_back(model.sensorModesElement());
+    if (setting.graph != nullptr) {
+        parts.push_back(setting.graph->element);
+        for (const ModelNode* const node : setting.graph->nodes()) {
+            parts.push_back(node->element);
+            if (node->base != nullptr) parts.push_back(node->base);
+        }
+    }
+    return std::none_of(parts.begin(), parts.end(),
+                        [this](const XmlElement* part) { return mReporter.hasErrors(*part); });
+}
+
+void CheckRun::buildSettings(const SettingsModel& model, const GraphFile& file)
+{
+    SettingBuilder builder(*mModel, *mDescriptor.graph.tree, model, *file.tree, mSession.locator);
+    Progress progress(model.settings().size(), "settings");
+    for (const ModelSetting& setting : model.settings()) {
+        progress.step();
+        if (!isChosen(setting)) continue;
+        if (!isBuildable(setting, model)) {
+            ++mSummary.skipped;
+            continue;
+        }
+        ++mSummary.settings;
+        const BuiltSetting built = builder.build(setting);
+        runRules<GraphRule>({mDescriptor.document.get(), &model.document()}, built);
+    }
+}
+
+} // namespace NuxoTool

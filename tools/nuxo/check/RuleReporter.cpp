@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/RuleReporter.h"
+
+#include "check/RuleSettings.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace NuxoTool {
+
+namespace {
+
+Location placeOf(const XmlElement& element, std::string_view attribute)
+{
+    const XmlAttribute* const found = attribute.empty() ? nullptr : element.attribute(attribute);
+    return found == nullptr ? element.document->locate(element) : element.document->locate(element, *found);
+}
+
+bool holdsParts(const XmlElement& element)
+{
+    constexpr const char* names[] = {"nodes", "graphs", "sensor_modes"};
+    return element.parent == nullptr ||
+           (element.parent->parent == nullptr &&
+            std::find(std::begin(names), std::end(names), element.name) != std::end(names));
+}
+
+} // namespace
+
+const XmlElement& RuleReporter::partOf(const XmlElement& element)
+{
+    const XmlElement* part = &element;
+    while (part->parent != nullptr && !holdsParts(*part->parent)) part = part->parent;
+    return *part;
+}
+
+void RuleReporter::report(const XmlElement& element, const std::string& text)
+{
+    report(element, "", text);
+}
+
+void RuleReporter::report(const XmlElement& element, std::string_view attribute, const std::string& text)
+{
+    add(&element, placeOf(element, attribute), text);
+}
+
+void RuleReporter::report(const Location& where, const std::string& text)
+{
+    add(nullptr, where, text);
+}
+
+void RuleReporter::note(const XmlElement& element, const std::string& text)
+{
+    addNote(placeOf(element, ""), text);
+}
+
+void RuleReporter::note(const XmlElement& element, std::string_view attribute, const std::string& text)
+{
+    addNote(placeOf(element, attribute), text);
+}
+
+void RuleReporter::note(const Location& where, const std::string& text)
+{
+    addNote(where, text);
+}
+
+void RuleReporter::addNote(const Location& where, const std::string& text)
+{
+    if (mLastWasKept) mFindings.note(where, text);
+}
+
+void RuleReporter::enter(const std::string& rule, bool isBuiltOnOthers)
+{
+    mRule = rule;
+    mIsBuiltOnOthers = isBuiltOnOthers;
+    mFaultyElements.insert(mNewlyFaulty.begin(), mNewlyFaulty.end());
+    mNewlyFaulty.clear();
+}
+
+bool RuleReporter::isConsequence(const XmlElement& element, RuleSeverity severity) const
+{
+    if (!mIsBuiltOnOthers) return false;
+    return mFaultyElements.count(&element) > 0 || (severity == RuleSeverity::Warning && hasErrors(partOf(element)));
+}
+
+void RuleReporter::add(const XmlElement* element, const Location& where, const std::string& text)
+{
+    const std::optional<RuleSeverity> severity = mSettings.severityOf(mRule);
+    mLastWasKept =
+        severity.has_value() &&
+        (element == nullptr || (mIgnored.count(&partOf(*element)) == 0 && !isConsequence(*element, *severity))) &&
+        mPlaces.emplace(mRule, where.file, where.line, where.column).second;
+    if (!mLastWasKept) return;
+    mFired.emplace(mRule, where.file);
+    if (severity == RuleSeverity::Warning) {
+        mFindings.warning(mRule, where, text);
+        return;
+    }
+    mFindings.error(mRule, where, text);
+    mFaultyFiles.insert(where.file);
+    if (element == nullptr) return;
+    mFaulty.insert(&partOf(*element));
+    mNewlyFaulty.insert(element);
+}
+
+void RuleReporter::take(const Findings& findings)
+{
+    for (const Findings::Finding& finding : findings.all()) {
+        if (finding.severity == Findings::Severity::Note) {
+            addNote(finding.where, finding.text);
+        } else {
+            enter(finding.rule, false);
+            add(nullptr, finding.where, finding.text);
+        }
+    }
+    // A file that cannot be read is more than a finding.
+    if (findings.exitCode() > ExitCode::Findings) mFindings.raiseExitCode(findings.exitCode());
+}
+
+} // namespace NuxoTool

@@ -1,0 +1,336 @@
+// SPDX-License-Identifier: Apache-2.0
+// Klinks: that their ends exist, and that routing elements have a way through.
+#include "Suggestion.h"
+#include "check/rules/DescriptorRuleParts.h"
+#include "check/rules/SettingsPlaces.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace NuxoTool {
+
+namespace {
+
+constexpr const char* kSource = "source";
+constexpr const char* kDestination = "destination";
+
+bool isStage(const ModelPart& part)
+{
+    constexpr const char* kinds[] = {"kernel", "mux", "demux", "split"};
+    return std::find(std::begin(kinds), std::end(kinds), part.kind) != std::end(kinds);
+}
+
+// An end of a klink, taken apart: a port of the group has no terminal.
+struct LinkEnd {
+    explicit LinkEnd(const std::string& text)
+        : name(text.substr(0, text.find(':'))), terminal(text.size() > name.size() ? text.substr(name.size() + 1) : "")
+    {
+    }
+
+    std::string name;
+    std::string terminal;
+};
+
+// ---- klink-end
+
+std::vector<std::string> endNames(const ModelNode& group, int32_t portDirection)
+{
+    std::vector<std::string> names;
+    for (const ModelPart& part : group.parts) {
+        if (isStage(part)) names.push_back(part.name + ":0");
+        if (part.kind == "port" && group.integer(part.name + ":direction") == portDirection) names.push_back(part.name);
+    }
+    return names;
+}
+
+std::string unknownEnd(const ModelNode& group, const LinkEnd& end, const std::string& text, int32_t portDirection)
+{
+    // With the terminal that was written.
+    std::string close = closestOf(text, endNames(group, portDirection));
+    if (close.empty() && !end.terminal.empty()) close = closestOf(end.name + ":0", endNames(group, portDirection));
+    const size_t colon = close.find(':');
+    if (colon != std::string::npos && !end.terminal.empty()) close = close.substr(0, colon + 1) + end.terminal;
+    return "group " + named(group.name) + " has no port, kernel or routing element " + named(end.name) +
+           "; expected one of them" + (close.empty() ? "" : "; did you mean '" + close + "'?");
+}
+
+// What is wrong with an end; links start at input ports (direction 0) and end at output ports (1).
+std::string endFault(const ModelNode& group, const std::string& text, int32_t portDirection)
+{
+    const LinkEnd end(text);
+    const ModelPart* const part = group.part(end.name);
+    if (part == nullptr) return unknownEnd(group, end, text, portDirection);
+    if (part->kind == "port") {
+        if (!end.terminal.empty())
+            return named(end.name) + " is a port of the group; expected " + named(end.name) + " without ':'";
+        return "";
+    }
+    if (!isStage(*part))
+        return named(end.name) + " is a " + part->kind + "; expected a port, kernel or routing element";
+    if (end.terminal.empty()) {
+        const std::string which = portDirection == 0 ? "output" : "input";
+        return named(text) + " names a " + part->kind + " without its " + which + "; expected the number of the " +
+               which + " behind ':'; did you mean '" + end.name + ":0'?";
+    }
+    if (end.terminal.find_first_not_of("0123456789") == std::string::npos) return "";
+    return named(end.terminal) + " is no number of an input or output; expected digits, as in " +
+           named(end.name + ":0");
+}
+
+void checkEnds(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const ModelNode* const group : writtenNodes(model)) {
+        for (const XmlElement* const link : linksOf(*group)) {
+            const auto check = [&](const char* side, int32_t portDirection) {
+                if (link->attribute(side) == nullptr) return;
+                const std::string fault = endFault(*group, link->value(side), portDirection);
+                if (!fault.empty()) reporter.report(*link, side, fault);
+            };
+            check(kSource, 0);
+            check(kDestination, 1);
+        }
+    }
+}
+
+// ---- klink-direction
+
+void checkDirection(const ModelNode& group, const XmlElement& link, const char* side, int32_t wrong,
+                    RuleReporter& reporter)
+{
+    const std::string& name = link.value(side);
+    const ModelPart* const port = group.part(name);
+    if (port == nullptr || port->kind != "port" || group.integer(name + ":direction") != wrong) return;
+    reporter.report(link, side,
+                    wrong == 1
+                        ? named(name) + " is an output port of the group, where frames leave; expected an input "
+                                        "port, or a kernel, as source"
+                        : named(name) + " is an input port of the group, where frames arrive; expected an output "
+                                        "port, or a kernel, as destination");
+}
+
+void checkDirections(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const ModelNode* const group : writtenNodes(model)) {
+        for (const XmlElement* const link : linksOf(*group)) {
+            checkDirection(*group, *link, kSource, 1, reporter);
+            checkDirection(*group, *link, kDestination, 0, reporter);
+        }
+    }
+}
+
+// ---- mux-input
+
+struct Routing {
+    const char* kind;
+    const char* attribute; // which of the ways is in use
+    const char* side;      // of klinks that name the ways
+    const char* way;
+};
+
+constexpr Routing kMux = {"mux", "active_input", kDestination, "input"};
+constexpr Routing kDemux = {"demux", "active_output", kSource, "output"};
+
+using Terminals = std::map<std::string, std::vector<std::pair<std::string, const XmlElement*>>>;
+
+// Where klinks end, or start, by the name of the element.
+Terminals terminalsOf(const ModelNode& group, const char* side)
+{
+    Terminals terminals;
+    for (const XmlElement* const link : linksOf(group)) {
+        const LinkEnd end(link->value(side));
+        if (!end.terminal.empty()) terminals[end.name].emplace_back(end.terminal, link);
+    }
+    return terminals;
+}
+
+class RoutingChecker {
+public:
+    RoutingChecker(const ModelNode& group, const Routing& routing, bool isStrict, RuleReporter& reporter)
+        : mGroup(group), mRouting(routing), mIsStrict(isStrict), mReporter(reporter)
+    {
+    }
+
+    void check() const
+    {
+        const Terminals terminals = terminalsOf(mGroup, mRouting.side);
+        for (const ModelPart* const part : distinctParts(mGroup, mRouting.kind)) {
+            const auto linked = terminals.find(part->name);
+            const std::optional<int32_t> active = mGroup.integer(part->name + ':' + mRouting.attribute);
+            if (active && linked != terminals.end()) checkPart(*part, std::to_string(*active), linked->second);
+        }
+    }
+
+    /// A number that another element gives for it.
+    void checkNumber(const ModelPart& part, const XmlElement& element) const
+    {
+        const Terminals terminals = terminalsOf(mGroup, mRouting.side);
+        const auto linked = terminals.find(part.name);
+        const std::optional<int32_t> number = element.integer(mRouting.attribute);
+        if (!number || linked == terminals.end() || isLinked(std::to_string(*number), linked->second)) return;
+        reportUnlinked({&element, mRouting.attribute}, part, std::to_string(*number), linked->second);
+    }
+
+private:
+    using Links = Terminals::mapped_type;
+
+    static bool isLinked(const std::string& terminal, const Links& links)
+    {
+        return std::any_of(links.begin(), links.end(), [&](const auto& link) { return link.first == terminal; });
+    }
+
+    std::string title(const ModelPart& part) const
+    {
+        return mRouting.kind + (' ' + named(fullName(mGroup, part.name)));
+    }
+
+    void reportUnlinked(const ValuePlace& place, const ModelPart& part, const std::string& number,
+                        const Links& links) const
+    {
+        mReporter.report(*place.element, place.attribute,
+                         title(part) + " uses its " + mRouting.way + ' ' + number + ", which no klink has; expected " +
+                             listOf(numbersIn(links), " or "));
+    }
+
+    void checkPart(const ModelPart& part, const std::string& active, const Links& links) const
+    {
+        if (!isLinked(active, links)) {
+            reportUnlinked(placeInside(mGroup, mGroup.value(part.name + ':' + mRouting.attribute)), part, active,
+                           links);
+            return;
+        }
+        if (!mIsStrict) return;
+        for (const auto& [terminal, link] : links) {
+            if (terminal == active) continue;
+            mReporter.report(*link, mRouting.side,
+                             title(part) + " uses its input " + active + ", so in this generation a klink to " +
+                                 named(part.name + ':' + terminal) + " ends the analysis; expected klinks to input " +
+                                 active + " only");
+        }
+    }
+
+    static std::vector<std::string> numbersIn(const Links& links)
+    {
+        std::set<std::string> numbers;
+        for (const auto& link : links) numbers.insert(link.first);
+        return {numbers.begin(), numbers.end()};
+    }
+
+    const ModelNode& mGroup;
+    const Routing& mRouting;
+    bool mIsStrict; // whether links that are not in use are faults
+    RuleReporter& mReporter;
+};
+
+bool isInApply(const XmlElement& element)
+{
+    const XmlElement* const node = element.parent;
+    return node != nullptr && node->parent != nullptr && filedName(*node->parent) == "apply";
+}
+
+// What an option switches together with its value.
+void checkApplied(const DescriptorModel& model, const XmlElement& element, const Routing& routing,
+                  RuleReporter& reporter)
+{
+    if (element.attribute(routing.attribute) == nullptr || !isInApply(element)) return;
+    const ModelNode* const node = model.node(filedName(*element.parent));
+    const ModelPart* const part = node == nullptr ? nullptr : node->part(filedName(element));
+    if (part == nullptr || part->kind != routing.kind) return;
+    RoutingChecker(*node, routing, false, reporter).checkNumber(*part, element);
+}
+
+void checkRouting(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const XmlElement& element : model.document().elements()) {
+        checkApplied(model, element, kMux, reporter);
+        checkApplied(model, element, kDemux, reporter);
+    }
+    const bool isOld = isBeforeGeneration7(model);
+    for (const ModelNode* const node : effectiveNodes(model)) {
+        RoutingChecker(*node, kMux, isOld, reporter).check();
+        RoutingChecker(*node, kDemux, false, reporter).check();
+    }
+}
+
+// ---- klink-twice
+
+bool isKind(const ModelNode& group, const std::string& part, const char* kind)
+{
+    const ModelPart* const found = group.part(part);
+    return found != nullptr && found->kind == kind;
+}
+
+void checkRepeats(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const ModelNode* const group : writtenNodes(model)) {
+        std::map<std::pair<std::string, std::string>, const XmlElement*> first;
+        for (const XmlElement* const link : linksOf(*group)) {
+            const std::string source = LinkEnd(link->value(kSource)).name;
+            const std::string destination = LinkEnd(link->value(kDestination)).name;
+            // Of links through a routing element only those in use count.
+            if (isKind(*group, destination, kMux.kind) || isKind(*group, source, kDemux.kind)) continue;
+            const auto [place, isNew] = first.emplace(std::make_pair(source, destination), link);
+            if (isNew) continue;
+            reporter.report(*link, "another klink leads from " + named(source) + " to " + named(destination) +
+                                       " already, so this one does not count; expected one klink between two elements");
+            reporter.note(*place->second, "the first one");
+        }
+    }
+}
+
+} // namespace
+
+std::vector<Rule> linkRules()
+{
+    return {
+        {"klink-end",
+         RuleSeverity::Error,
+         "a klink names something that its group does not have",
+         "A klink leads from an input port of its group, or an output of a kernel or routing element, to an input of "
+         "another one, or to an output port. A port of the group is named by its name alone, all others with the "
+         "number of "
+         "the input or output behind ':'. When an end does not exist, the analysis of the whole graph fails; a kernel "
+         "without "
+         "number is taken for a port and gets no frames:\n"
+         "    <klink source=\"input\" destination=\"crop:0\"/>\n"
+         "    <klink source=\"crop:0\" destination=\"main_out\"/>",
+         {},
+         DescriptorRule(checkEnds)},
+        {"klink-direction",
+         RuleSeverity::Error,
+         "a klink starts at an output port or ends at an input port",
+         "Inside a group frames arrive at its input ports (direction 0) and leave at its output ports (direction 1), "
+         "so a "
+         "klink starts at the ones and ends at the others. The analysis joins what is written, and kernels get no "
+         "frames, "
+         "or the frames of the wrong port. Swap source and destination, or name the other port.",
+         {"connection-direction"},
+         DescriptorRule(checkDirections)},
+        {"mux-input",
+         RuleSeverity::Error,
+         "the input that a mux uses, or the output that a demux uses, is not linked",
+         "A mux passes on what arrives at its active_input, a demux sends frames to its active_output; klinks to the "
+         "other "
+         "inputs and outputs are dropped. When no klink has the number in use, nothing gets through, and the kernels "
+         "behind "
+         "are switched off. Before generation 7 a klink to an input of a mux that is not in use even ends the "
+         "analysis. "
+         "Correct the number in the klink, or that in use:\n"
+         "    <mux name=\"choice\" active_input=\"0\"/>\n"
+         "    <klink source=\"denoise:0\" destination=\"choice:0\"/>",
+         {"klink-end", "version-text", "difference-target", "difference-value"},
+         DescriptorRule(checkRouting)},
+        {"klink-twice",
+         RuleSeverity::Warning,
+         "two klinks join the same two elements",
+         "Between two elements of a group there is one link: the library keeps the first klink and drops further ones, "
+         "also "
+         "when they lead to another input or output. Delete it, or lead it through a split.",
+         {"klink-end"},
+         DescriptorRule(checkRepeats)},
+    };
+}
+
+} // namespace NuxoTool

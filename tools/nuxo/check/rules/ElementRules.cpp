@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+// Elements: whether there are such, and whether they stand where somebody looks for them.
+#include "Suggestion.h"
+#include "check/rules/FileRules.h"
+
+#include <algorithm>
+#include <set>
+
+namespace NuxoTool {
+
+namespace {
+
+bool isIn(const std::vector<const ElementKind*>& kinds, const std::string& name)
+{
+    return std::any_of(kinds.begin(), kinds.end(), [&](const ElementKind* kind) { return kind->name == name; });
+}
+
+bool isOfDescriptor(const XmlElement& element)
+{
+    const XmlElement* const root = element.document->root();
+    return root != nullptr && root->name == descriptorSchema().name;
+}
+
+const std::vector<const ElementKind*>& kindsOfFile(const XmlElement& element)
+{
+    return isOfDescriptor(element) ? descriptorKinds() : settingsKinds();
+}
+
+bool isKnownAnywhere(const XmlElement& element)
+{
+    return isIn(descriptorKinds(), element.name) || isIn(settingsKinds(), element.name);
+}
+
+// Names that all elements below would have: nothing is asked for there whatever it is called.
+bool isDeadEnd(const ElementKind& parent)
+{
+    return parent.children.empty() && parent.openChild == nullptr && parent.name.empty();
+}
+
+std::vector<std::string> parentsOf(const std::string& name, const std::vector<const ElementKind*>& kinds)
+{
+    std::vector<std::string> parents;
+    for (const ElementKind* const kind : kinds) {
+        const bool holdsIt = isIn(kind->children, name);
+        const bool isNew = std::find(parents.begin(), parents.end(), kind->name) == parents.end();
+        if (holdsIt && isNew && !kind->name.empty()) parents.push_back(kind->name);
+    }
+    return parents;
+}
+
+std::string expectedChildren(const ElementKind& parent)
+{
+    std::string text = listOf(parent.childNames());
+    if (parent.openChild != nullptr) text += ", or an element named after a part";
+    return text;
+}
+
+void checkUnknown(const XmlDocument& document, RuleReporter& reporter)
+{
+    for (const PlacedElement& place : placedElements(document)) {
+        const XmlElement& element = *place.element;
+        if (place.kind != nullptr || place.parentKind == nullptr) continue;
+        if (isKnownAnywhere(element) || isDeadEnd(*place.parentKind)) continue;
+        std::string suggestion = suggestionFor(element.name, place.parentKind->childNames());
+        std::vector<std::string> names;
+        for (const ElementKind* const kind : kindsOfFile(element)) names.push_back(kind->name);
+        if (suggestion.empty()) suggestion = suggestionFor(element.name, names);
+        reporter.report(element, "unknown element " + named(element.name) + " in " + named(element.parent->name) +
+                                     "; expected " + expectedChildren(*place.parentKind) + suggestion);
+    }
+}
+
+std::string rightPlace(const XmlElement& element)
+{
+    const std::vector<std::string> parents = parentsOf(element.name, kindsOfFile(element));
+    if (!parents.empty()) return "it in " + listOf(parents);
+    if (element.name == descriptorSchema().name || element.name == settingsSchema().name)
+        return "it as the document's element only";
+    return isOfDescriptor(element) ? "it in settings files only" : "it in descriptors only";
+}
+
+void checkMisplaced(const XmlDocument& document, RuleReporter& reporter)
+{
+    for (const PlacedElement& place : placedElements(document)) {
+        const XmlElement& element = *place.element;
+        if (place.kind != nullptr || place.parentKind == nullptr) continue;
+        const std::string found = "element " + named(element.name) + " stands in " + named(element.parent->name);
+        if (isDeadEnd(*place.parentKind)) {
+            reporter.report(element, found + "; expected nothing that deep");
+        } else if (isKnownAnywhere(element)) {
+            reporter.report(element, found + "; expected " + rightPlace(element));
+        }
+    }
+}
+
+// Elements of which only the first one is looked at.
+void checkRepeated(const XmlDocument& document, RuleReporter& reporter)
+{
+    for (const PlacedElement& place : knownElements(document)) {
+        if (place.parentKind == nullptr || !place.kind->single || place.kind->name.empty()) continue;
+        const XmlElement* const first = place.element->parent->child(place.element->name);
+        if (first == place.element) continue;
+        reporter.report(*place.element, "another element " + named(place.element->name) + " in " +
+                                            named(place.element->parent->name) +
+                                            "; expected it once, the first one counts");
+        reporter.note(*first, "the first one is here");
+    }
+}
+
+void checkPlaces(const XmlDocument& document, RuleReporter& reporter)
+{
+    checkMisplaced(document, reporter);
+    checkRepeated(document, reporter);
+}
+
+} // namespace
+
+std::vector<Rule> elementRules()
+{
+    return {
+        {"unknown-element",
+         RuleSeverity::Error,
+         "an element that graph files do not have",
+         "The library keeps elements of unknown names, but nothing ever reads them: what they say has no effect, and "
+         "no message tells. Usually the name is misspelled. In settings, and below the apply of an option, elements "
+         "are named after nodes and their parts; everywhere else only the elements of the format may stand. nuxo "
+         "schema prints them all.",
+         {},
+         checkUnknown},
+        {"misplaced-element",
+         RuleSeverity::Error,
+         "an element where nothing looks for it",
+         "The element exists, but not in this place, or not a second time: the library finds elements by their path "
+         "from the document's element and takes the first one of those that stand once, such as nodes and graphs. What "
+         "this element says has no effect. Move it to where it belongs, or join it with the first one.",
+         {},
+         checkPlaces},
+    };
+}
+
+} // namespace NuxoTool
