@@ -111,7 +111,7 @@ bool isPartOfBackEnd(const std::string& line)
 class Reporter {
 public:
     Reporter(Session& session, const BuiltGraph& built, bool withWarnings)
-        : mSession(session), mBuilt(built), mNames(*built.graph), mGroups(programGroupsOf(*built.graph)),
+        : mSession(session), mBuilt(built), mGroups(programGroupsOf(*built.graph)),
           mLines(withoutFollowers(
               withoutExpected(newLines(session, {kRule, built.settings, "", 0}, true), withWarnings), mGroups))
     {
@@ -239,7 +239,8 @@ private:
             if (i > index && !mLines[i].isError) continue;
             if (isPartOfBackEnd(mTexts[i])) continue; // the words in it are no names
             const std::vector<std::string> behind(mTexts.begin() + static_cast<std::ptrdiff_t>(i) + 1, mTexts.end());
-            item = mNames.namedIn(mTexts[i], behind);
+            if (!mNames) mNames.emplace(*mBuilt.graph);
+            item = mNames->namedIn(mTexts[i], behind);
         }
         const char* const expected = KernelFault().expected;
         const std::string& line = mTexts[index];
@@ -252,7 +253,7 @@ private:
 
     Session& mSession;
     const BuiltGraph& mBuilt;
-    ElementNames mNames;
+    std::optional<ElementNames> mNames; // costs more than all the rest where there is nothing to tell
     ProgramGroups mGroups;
     std::vector<LogLine> mLines;
     std::vector<std::string> mTexts;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Arguments.h"
 
+#include "HelpTexts.h"
 #include "Suggestion.h"
 
 #include <qv_cipr/qv_log_common.h>
@@ -19,141 +20,14 @@ namespace NuxoTool {
 
 namespace {
 
-constexpr const char* kExitCodes = R"help(Exit codes:
-  0  done
-  1  findings: a malformed file, no or more than one setting, a graph that cannot be built, an error of the library
-  2  usage: a bad option or criterion, an unknown format; also a name that no file or vocabulary has
-  3  a file cannot be read, or output cannot be written
-  4  internal error)help";
-
-constexpr const char* kMainFooter = R"help(Examples:
-  nuxo dump settings.xml
-  nuxo query descriptor.xml settings.xml img_sink:width=1920 img_sink:height=1080
-  nuxo build descriptor.xml settings.xml --key 10001
-  nuxo build descriptor.xml settings.xml --key 10001 --format dot | dot -Tsvg -o graph.svg
-  nuxo ports descriptor.xml settings.xml --key 10001
-  nuxo kernels descriptor.xml settings.xml --key 10001
-  nuxo formats NV12 --width 1920 --height 1080
-
--v and --color may follow the verb as well. Data goes to standard output, findings to standard error as
-  file:line:column: error[rule]: what was found; what was expected
-)help";
-
-constexpr const char* kDumpFooter =
-    R"help(A node is shown as "name (element kind)" with its attributes, in the order in which the library keeps them.
-Of a malformed file the part before the error is shown.
-
-Examples:
-  nuxo dump descriptor.xml.gz
-  nuxo dump settings.xml --format json
-)help";
-
-constexpr const char* kQueryFooter =
-    R"help(A criterion is the path of an attribute below a setting, names joined by ':', and the text that it must hold,
-integers as decimal digits. Without criteria every setting is listed.
-
-Examples:
-  nuxo query descriptor.xml settings.xml
-  nuxo query descriptor.xml settings.xml img_sink:width=1920 sensor:mode_id=full
-  nuxo query descriptor.xml settings.xml img_sink:width=1920 raw_sink:width=4208 --any
-)help";
-
-constexpr const char* kBuildFooter =
-    R"help(The setting is the one with the given key, or the only one that the criteria select (see nuxo query --help).
-With --origin "-" marks values that the library added by itself.
-
-Examples:
-  nuxo build descriptor.xml settings.xml --key 10001
-  nuxo build descriptor.xml settings.xml img_sink:width=1920 img_sink:format=NV12 --origin
-  nuxo build descriptor.xml settings.xml --key 10001 --format json
-  nuxo build descriptor.xml settings.xml --key 10001 --format dot | dot -Tpng -o graph.png
-)help";
-
-constexpr const char* kPortsFooter =
-    R"help(One line a port of the built graph, in the order of the graph; a virtual sink is a port by itself. The setting
-is chosen as for nuxo build. "-" marks what does not apply: disabled and private ports have no peer, statistics no size.
-  ENABLED   yes, no, or private: internal to its node
-  PEER      the other end; the library follows the first when there are several
-  EDGE      whether the connection leaves the execution context, of graphs without any the stream; "-" when one end
-            is in neither
-  STRIDE    bytes from line to line, BUFFER: bytes of one frame
-  TERMINAL  the terminal's identifier, stage and port together
-
-Examples:
-  nuxo ports descriptor.xml settings.xml --key 10001
-  nuxo ports descriptor.xml settings.xml img_sink:width=1920 --format json
-)help";
-
-constexpr const char* kContextsFooter =
-    R"help(Three tables: the program groups (from generation 7 on: compute blocks) and external stages of each execution
-context with its tuning mode; the connections that cross contexts; the boundary ports, through which each context is
-connected to others or to nothing. Graphs without execution contexts are told apart by stream instead.
-
-Examples:
-  nuxo contexts descriptor.xml settings.xml --key 10001
-  nuxo contexts descriptor.xml settings.xml --key 10001 --format json
-)help";
-
-constexpr const char* kKernelsFooter =
-    R"help(The run-kernel records that the parameter library receives: one line a kernel, program group by program group in
-the order of their streams, or those of one stream or group. A kernel with several outputs has a line for each.
-  STATE        ENABLED, DISABLED (no frame passes) or BYPASS
-  IN, OUT      what the kernel says of its own sizes; crops are left,top,right,bottom, "-" without any
-  SOURCE       size of the source, SOURCE CROP: everything cropped so far in its pixels, ARRIVES: size that is left
-  BPP          bits per pixel at input and output
-
-Examples:
-  nuxo kernels descriptor.xml settings.xml --key 10001
-  nuxo kernels descriptor.xml settings.xml --key 10001 --stream 60001
-  nuxo kernels descriptor.xml settings.xml --key 10001 --group video_pg --format json
-)help";
-
-constexpr const char* kHistoryFooter =
-    R"help(How size and crop of the frame change on its way to one stream and through it, from the sensor to each kernel and
-sink, in the order in which the frame passes. What other streams do to the frame before stands first.
-  FITS         "-" where nothing states a size, yes, or the size that is stated in place of the one that arrives
-  SOURCE CROP  everything cropped up to here, in pixels of the source; left,top,right,bottom
-  TO           where the frame goes; other ends of the same group without its name
-A kernel that takes another size than arrives breaks the chain. Where kernels have links the library stops there, and
-the chain is shown up to the first; otherwise it goes on with the size that the kernel states.
-
-Examples:
-  nuxo history descriptor.xml settings.xml --key 10001 --stream 60001
-  nuxo history descriptor.xml settings.xml --key 10001 --stream 60001 --format json
-)help";
-
-constexpr const char* kDrawFooter =
-    R"help(Draws the inside of one stream in the language of graphviz: kernels, routing elements and ports of its program
-groups, with the size of the frame at each link. What is disabled or bypassed is dashed and says so; what leads back to
-an earlier stage is blue.
-
-Example:
-  nuxo draw descriptor.xml settings.xml --key 10001 --stream 60001 | dot -Tsvg -o stream.svg
-)help";
-
-constexpr const char* kFrameParamsFooter =
-    R"help(The frame that statistics refer to, as the 3A library is told: where the image lies in the sensor's pixel array,
-how large it is there, and by which fractions it was scaled. With --port the frame of one port instead.
-
-Examples:
-  nuxo frame-params descriptor.xml settings.xml --key 10001
-  nuxo frame-params descriptor.xml settings.xml --key 10001 --port video_pg:main_out
-)help";
-
-constexpr const char* kFormatsFooter =
-    R"help(Without a name the table of all formats. A format is named as in graph files or by its four-character code, in
-exactly these letters. Strides are those that the hardware expects for the width; --bpl gives another one. Compressed
-formats have a tile-status table for each plane behind the image.
-
-Examples:
-  nuxo formats
-  nuxo formats YUV420_8_SP --width 1920 --height 1080
-  nuxo formats CN12 --bpl 2048 --height 1080 --format json
-)help";
-
 const std::map<std::string, Format> kTreeFormats = {{"text", Format::Text}, {"json", Format::Json}};
 const std::map<std::string, Format> kGraphFormats = {
     {"text", Format::Text}, {"json", Format::Json}, {"dot", Format::Dot}};
+const std::map<std::string, Format> kReportFormats = {
+    {"text", Format::Text}, {"json", Format::Json}, {"sarif", Format::Sarif}};
+const std::map<std::string, Format> kAllFormats = {{"text", Format::Text}, {"json", Format::Json},
+                                                   {"dot", Format::Dot},   {"svg", Format::Svg},
+                                                   {"html", Format::Html}, {"sarif", Format::Sarif}};
 
 std::string versionText()
 {
@@ -172,13 +46,21 @@ CLI::App* addVerb(CLI::App& app, const char* name, const char* description, cons
 void addFormat(CLI::App& verb, std::string& format, const std::map<std::string, Format>& formats)
 {
     std::vector<std::string> names;
-    for (const char* const name : {"text", "json", "dot"}) {
+    for (const char* const name : {"text", "json", "dot", "svg", "html", "sarif"}) {
         if (formats.count(name) > 0) names.emplace_back(name);
     }
     verb.add_option("--format", format, "How to write the result")
         ->check(CLI::IsMember(names))
         ->type_name("FORMAT")
         ->capture_default_str();
+}
+
+// What is drawn has no text form.
+void addDrawingFormat(CLI::App& verb, std::string& format)
+{
+    verb.add_option("--format", format, "How to write the drawing; dot when left out")
+        ->check(CLI::IsMember({"dot", "svg", "html"}))
+        ->type_name("FORMAT");
 }
 
 void addPair(CLI::App& verb, Arguments& arguments)
@@ -234,9 +116,64 @@ void addKernelVerbs(CLI::App& app, Arguments& arguments, std::string& format)
     addStream(*history, arguments)->required();
     addFormat(*history, format, kTreeFormats);
 
-    CLI::App* const draw = addVerb(app, "draw", "Draw the inside of a stream", kDrawFooter);
+    CLI::App* const draw = addVerb(app, "draw", "Draw a graph, or the inside of a stream", kDrawFooter);
     addSetting(*draw, arguments);
-    addStream(*draw, arguments)->required();
+    addStream(*draw, arguments);
+    addDrawingFormat(*draw, format);
+}
+
+void addCheck(CLI::App& app, Arguments& arguments, std::string& format)
+{
+    CLI::App* const check = addVerb(app, "check", "Find what is wrong with graph files", kCheckFooter);
+    check->add_option("DESCRIPTOR", arguments.descriptor, "Graph descriptor file (.xml or .gz)")->type_name("");
+    check->add_option("SETTINGS", arguments.files, "Graph settings files (.xml or .gz)")->type_name("");
+    check->add_option("--settings", arguments.keys, "Key of a setting to build; otherwise all. May be repeated")
+        ->type_name("N")
+        ->expected(1)
+        ->take_all();
+    const auto addRules = [check](const char* option, std::vector<std::string>& rules, const char* description) {
+        check->add_option(option, rules, description)->type_name("RULE")->expected(1)->take_all();
+    };
+    addRules("-W", arguments.warningRules, "Findings of this rule are warnings");
+    addRules("-E", arguments.errorRules, "Findings of this rule are errors");
+    addRules("--no", arguments.disabledRules, "Leave this rule out");
+    check->add_flag("--Werror", arguments.warningsAreErrors, "All warnings are errors; also -Werror");
+    check->add_flag("--list-rules", arguments.listRules, "List the rules");
+    check->add_option("--explain", arguments.explainedRule, "Tell what a rule is about")->type_name("RULE");
+    addFormat(*check, format, kReportFormats);
+}
+
+void addWritersVerbs(CLI::App& app, Arguments& arguments, std::string& format)
+{
+    CLI::App* const explain = addVerb(app, "explain", "Tell where a value of a graph comes from", kExplainFooter);
+    explain->add_option("DESCRIPTOR", arguments.descriptor, "Graph descriptor file")->required()->type_name("");
+    explain->add_option("SETTINGS", arguments.settings, "Graph settings file")->required()->type_name("");
+    explain->add_option("PATH", arguments.path, "A node or attribute, for example video_sink:width")
+        ->required()
+        ->type_name("");
+    explain->add_option("--key", arguments.key, "Key of the setting")->required()->type_name("N");
+    addFormat(*explain, format, kTreeFormats);
+
+    CLI::App* const diff = addVerb(app, "diff", "Compare files, settings or graphs by meaning", kDiffFooter);
+    diff->add_option("FILE", arguments.files, "Graph files (.xml or .gz)")->required()->expected(1, 4)->type_name("");
+    diff->add_option("--key", arguments.keys, "Key of a setting; may be repeated")
+        ->type_name("N")
+        ->expected(1)
+        ->take_all();
+    diff->add_flag("--built", arguments.built, "Compare the graphs that are built of the settings");
+    addFormat(*diff, format, kTreeFormats);
+
+    CLI::App* const fmt = addVerb(app, "fmt", "Write graph files in canonical form", kFmtFooter);
+    fmt->add_option("FILE", arguments.files, "Graph files (.xml or .gz)")->required()->type_name("");
+    CLI::Option* const inPlace = fmt->add_flag("-i,--in-place", arguments.inPlace, "Rewrite the files");
+    fmt->add_flag("--check", arguments.checkOnly, "Only tell which files are not in canonical form")->excludes(inPlace);
+
+    CLI::App* const schema = addVerb(app, "schema", "Write an XML schema for editors", kSchemaFooter);
+    schema->add_option("KIND", arguments.schemaKind, "descriptor or settings")
+        ->required()
+        ->check(CLI::IsMember({"descriptor", "settings"}))
+        ->type_name("");
+    schema->add_option("DESCRIPTOR", arguments.descriptor, "Descriptor whose names settings may use")->type_name("");
 }
 
 void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
@@ -272,6 +209,8 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
     addFormat(*contexts, format, kTreeFormats);
 
     addKernelVerbs(app, arguments, format);
+    addCheck(app, arguments, format);
+    addWritersVerbs(app, arguments, format);
 
     CLI::App* const frameParams = addVerb(app, "frame-params", "Tell the 3A library's frame", kFrameParamsFooter);
     addSetting(*frameParams, arguments);
@@ -284,10 +223,21 @@ void addOptions(CLI::App& app, Arguments& arguments, std::string& format)
 }
 
 constexpr std::pair<const char*, Verb> kVerbs[] = {
-    {"dump", Verb::Dump},       {"query", Verb::Query},       {"build", Verb::Build},
-    {"ports", Verb::Ports},     {"contexts", Verb::Contexts}, {"kernels", Verb::Kernels},
-    {"history", Verb::History}, {"draw", Verb::Draw},         {"frame-params", Verb::FrameParams},
+    {"check", Verb::Check},
+    {"dump", Verb::Dump},
+    {"query", Verb::Query},
+    {"build", Verb::Build},
+    {"explain", Verb::Explain},
+    {"diff", Verb::Diff},
+    {"draw", Verb::Draw},
+    {"fmt", Verb::Fmt},
+    {"ports", Verb::Ports},
+    {"contexts", Verb::Contexts},
+    {"kernels", Verb::Kernels},
+    {"history", Verb::History},
+    {"frame-params", Verb::FrameParams},
     {"formats", Verb::Formats},
+    {"schema", Verb::Schema},
 };
 
 Verb chosenVerb(const CLI::App& app)
@@ -316,6 +266,9 @@ std::string contradiction(const Arguments& arguments)
     if (arguments.height && !arguments.width && !arguments.stride) {
         return "--height alone tells no size; expected --width or --bpl as well";
     }
+    if (arguments.verb == Verb::Check && arguments.descriptor.empty() && !arguments.listRules &&
+        !arguments.explainedRule)
+        return "DESCRIPTOR is required";
     if (arguments.stride && !arguments.height) return "--bpl alone tells no size; expected --height as well";
     return "";
 }
@@ -349,7 +302,7 @@ ParsedArguments parseArguments(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
         arguments.verb = chosenVerb(app);
-        arguments.format = kGraphFormats.at(format);
+        arguments.format = kAllFormats.at(format);
         parsed.error = contradiction(arguments);
         if (parsed.error.empty()) parsed.arguments = arguments;
     } catch (const CLI::ParseError& outcome) {

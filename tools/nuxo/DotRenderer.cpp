@@ -102,23 +102,23 @@ std::string boxLine(const Drawing::Box& box)
     return line + '>' + headCell(box) + portRows(box) + "</TABLE>>];\n";
 }
 
-// Boxes of one stream belong together; those without a stream stand alone.
+// Boxes of one stream or context belong together; those without any stand alone.
 std::string boxLines(const Drawing& drawing)
 {
     std::map<int, std::string> clusters;
     std::string alone;
     for (const Drawing::Box& box : drawing.boxes) {
-        if (box.stream) {
-            clusters[*box.stream] += "        " + boxLine(box);
+        if (box.cluster) {
+            clusters[*box.cluster] += "        " + boxLine(box);
         } else {
             alone += "    " + boxLine(box);
         }
     }
     std::string lines = alone;
-    for (const auto& [stream, boxes] : clusters) {
-        const std::string name = std::to_string(stream);
-        lines += "    subgraph " + quoted("cluster_stream_" + name) + " {\n";
-        lines += "        graph [label=" + dotLabel("stream " + name) + ", style=\"rounded,filled\", ";
+    const std::string prefix = drawing.isByContext ? "cluster_context_" : "cluster_stream_";
+    for (const auto& [cluster, boxes] : clusters) {
+        lines += "    subgraph " + quoted(prefix + std::to_string(cluster)) + " {\n";
+        lines += "        graph [label=" + dotLabel(clusterName(drawing, cluster)) + ", style=\"rounded,filled\", ";
         lines += "color=\"#d5dce4\", fillcolor=\"#f6f8fa\", fontcolor=" + quoted(kLine) + ", fontsize=10];\n";
         lines += boxes + "    }\n";
     }

@@ -8,7 +8,7 @@
 
 namespace NuxoTool {
 
-/// The drawing in the language of graphviz's dot, left to right, one cluster a stream.
+/// The drawing in the language of graphviz's dot, left to right, one cluster a stream or context.
 std::string renderDot(const Drawing& drawing, const std::string& title);
 
 } // namespace NuxoTool

@@ -37,10 +37,13 @@ public:
 
     Drawing draw()
     {
-        for (const ChildView& child : mView.children(mGraph)) {
-            const bool isPart = child.node->getUid() != NUXO_KEY_GRAPH && !textOf(*child.node, NUXO_KEY_TYPE).empty();
-            if (isPart) addBox(child);
-        }
+        std::vector<ChildView> parts = mView.children(mGraph);
+        const auto isOther = [](const ChildView& child) {
+            return child.node->getUid() == NUXO_KEY_GRAPH || textOf(*child.node, NUXO_KEY_TYPE).empty();
+        };
+        parts.erase(std::remove_if(parts.begin(), parts.end(), isOther), parts.end());
+        mDrawing.isByContext = haveContexts(parts);
+        for (const ChildView& part : parts) addBox(part);
         for (const auto& [node, end] : mEnds) connect(*node, end);
         return std::move(mDrawing);
     }
@@ -48,31 +51,45 @@ public:
 private:
     using NodeAndEnd = std::pair<const GraphConfigNode*, Drawing::End>;
 
+    // Contexts tell the parts apart as long as none with a stream is left out.
+    static bool haveContexts(const std::vector<ChildView>& parts)
+    {
+        const auto has = [](const ChildView& part, uint32_t key) {
+            return optionalInteger(*part.node, key).has_value();
+        };
+        const auto hasContext = [&has](const ChildView& part) { return has(part, NUXO_KEY_EXEC_CTX_ID); };
+        const auto isLeftOut = [&has](const ChildView& part) {
+            return has(part, NUXO_KEY_STREAM_ID) && !has(part, NUXO_KEY_EXEC_CTX_ID);
+        };
+        return std::any_of(parts.begin(), parts.end(), hasContext) &&
+               std::none_of(parts.begin(), parts.end(), isLeftOut);
+    }
+
     void addBox(const ChildView& child)
     {
         Drawing::Box box;
+        box.item = child.node;
         box.name = child.name;
         box.kind = textOf(*child.node, NUXO_KEY_TYPE);
         box.isEnabled = isEnabled(*child.node);
-        int stream = 0;
-        if (child.node->getValue(NUXO_KEY_STREAM_ID, stream) == StatusOk) box.stream = stream;
+        box.cluster = optionalInteger(*child.node, mDrawing.isByContext ? NUXO_KEY_EXEC_CTX_ID : NUXO_KEY_STREAM_ID);
 
         const size_t index = mDrawing.boxes.size();
         addEnd(*child.node, {index, std::nullopt});
-        size_t kernels = 0;
         for (const ChildView& part : mView.children(*child.node)) {
-            if (isKind(*part.node, "kernel")) ++kernels;
+            if (isKind(*part.node, "kernel")) ++box.kernels;
             if (!isKind(*part.node, "port")) continue;
             addEnd(*part.node, {index, box.ports.size()});
             box.ports.push_back(portOf(part));
         }
-        box.details = detailsOf(*child.node, kernels);
+        box.details = detailsOf(box);
         mDrawing.boxes.push_back(box);
     }
 
     static Drawing::Port portOf(const ChildView& part)
     {
         Drawing::Port port;
+        port.item = part.node;
         port.name = part.name;
         port.details = dimensionsOf(*part.node);
         port.isOutput = integerOf(*part.node, NUXO_KEY_DIRECTION, kInput) == kOutput;
@@ -80,18 +97,29 @@ private:
         return port;
     }
 
-    static std::vector<std::string> detailsOf(const GraphConfigNode& node, size_t kernels)
+    std::vector<std::string> detailsOf(const Drawing::Box& box) const
     {
         std::vector<std::string> details;
-        int id = 0;
-        const std::string mode = textOf(node, NUXO_KEY_MODE_ID);
+        const std::string mode = textOf(*box.item, NUXO_KEY_MODE_ID);
         if (!mode.empty()) details.push_back("mode " + mode);
-        if (node.getValue(NUXO_KEY_PG_ID, id) == StatusOk) details.push_back("pg " + std::to_string(id));
-        if (node.getValue(NUXO_KEY_EXEC_CTX_ID, id) == StatusOk) details.push_back("context " + std::to_string(id));
-        if (kernels > 0) details.push_back(std::to_string(kernels) + (kernels == 1 ? " kernel" : " kernels"));
-        const std::string dimensions = dimensionsOf(node);
+        addNumber(details, "pg ", optionalInteger(*box.item, NUXO_KEY_PG_ID));
+        // The other number than the one of the cluster around it.
+        if (mDrawing.isByContext) {
+            addNumber(details, "stream ", optionalInteger(*box.item, NUXO_KEY_STREAM_ID));
+        } else {
+            addNumber(details, "context ", optionalInteger(*box.item, NUXO_KEY_EXEC_CTX_ID));
+        }
+        if (box.kernels > 0) {
+            details.push_back(std::to_string(box.kernels) + (box.kernels == 1 ? " kernel" : " kernels"));
+        }
+        const std::string dimensions = dimensionsOf(*box.item);
         if (!dimensions.empty()) details.push_back(dimensions);
         return details;
+    }
+
+    static void addNumber(std::vector<std::string>& details, const char* label, const std::optional<int>& number)
+    {
+        if (number) details.push_back(label + std::to_string(*number));
     }
 
     void addEnd(const GraphConfigNode& node, const Drawing::End& end)
@@ -141,6 +169,11 @@ private:
 };
 
 } // namespace
+
+std::string clusterName(const Drawing& drawing, int cluster)
+{
+    return (drawing.isByContext ? "context " : "stream ") + std::to_string(cluster);
+}
 
 Drawing makeDrawing(const GraphConfigNode& graph)
 {

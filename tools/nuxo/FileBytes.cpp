@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <string_view>
 #include <vector>
 
@@ -74,30 +75,46 @@ LineColumn locateByte(const std::string& path, uint64_t offset)
     return place;
 }
 
-std::string readLine(const std::string& path, uint32_t line, uint32_t column)
+std::vector<std::string> readLines(const std::string& path, const std::vector<LineColumn>& places)
 {
     constexpr size_t behindColumn = 256;
-    const size_t longest = size_t{column} + behindColumn;
+    std::map<uint32_t, size_t> wanted; // how much of each line
+    for (const LineColumn& place : places) {
+        size_t& longest = wanted[place.line];
+        longest = std::max(longest, size_t{place.column} + behindColumn);
+    }
+    std::map<uint32_t, std::string> texts;
     FileBytes bytes(path);
     std::vector<char> piece(FileBytes::kPieceSize);
-    std::string text;
     uint32_t current = 1;
-    while (const size_t count = bytes.read(piece.data())) {
+    auto next = wanted.begin();
+    while (next != wanted.end()) {
+        const size_t count = bytes.read(piece.data());
+        if (count == 0) break;
         const std::string_view part(piece.data(), count);
-        size_t at = 0;
-        for (; current < line && at < count; ++current) {
-            const size_t end = part.find('\n', at);
-            if (end == std::string_view::npos) break;
+        for (size_t at = 0; at < count && next != wanted.end();) {
+            const size_t end = std::min(part.find('\n', at), count);
+            if (current == next->first) {
+                std::string& text = texts[current];
+                text += part.substr(at, std::min(end - at, next->second - text.size()));
+            }
             at = end + 1;
+            if (end == count) break;
+            if (current == next->first) ++next;
+            ++current;
         }
-        if (current < line) continue;
-        const size_t end = std::min(part.find('\n', at), count);
-        text += part.substr(at, end - at);
-        if (end < count || text.size() >= longest) break;
     }
-    if (text.size() > longest) text.resize(longest);
-    while (!text.empty() && text.back() == '\r') text.pop_back();
-    return text;
+    std::vector<std::string> lines;
+    for (const LineColumn& place : places) {
+        std::string& line = lines.emplace_back(texts[place.line].substr(0, size_t{place.column} + behindColumn));
+        while (!line.empty() && line.back() == '\r') line.pop_back();
+    }
+    return lines;
+}
+
+std::string readLine(const std::string& path, uint32_t line, uint32_t column)
+{
+    return readLines(path, {{line, column}}).front();
 }
 
 } // namespace NuxoTool

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <zlib.h>
 
@@ -47,7 +48,14 @@ struct LineColumn {
 };
 LineColumn locateByte(const std::string& path, uint64_t offset);
 
-/// Line @p line of the file's text up to some way behind @p column; "" when there is none. Keeps no more than that in memory.
+/// Lines of the file's text, each up to some way behind its column; "" for those that it has not. Reads the file once and
+/// keeps no more than that in memory.
+///
+/// @param places  in any order
+/// @return        one text a place
+std::vector<std::string> readLines(const std::string& path, const std::vector<LineColumn>& places);
+
+/// The same for one line.
 std::string readLine(const std::string& path, uint32_t line, uint32_t column);
 
 } // namespace NuxoTool

@@ -5,6 +5,10 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
+#include <tuple>
+#include <utility>
 
 namespace NuxoTool {
 
@@ -71,6 +75,30 @@ void Findings::note(const Location& where, const std::string& text)
     add(Severity::Note, "", where, text);
 }
 
+void Findings::append(const Findings& other)
+{
+    mFindings.insert(mFindings.end(), other.mFindings.begin(), other.mFindings.end());
+    mErrorCount += other.mErrorCount;
+    raiseExitCode(other.mExitCode);
+}
+
+void Findings::sortByPlace(const std::vector<std::string>& files)
+{
+    using Key = std::tuple<ptrdiff_t, uint32_t, uint32_t>;
+    std::vector<std::pair<Key, size_t>> order;
+    for (size_t i = 0; i < mFindings.size(); ++i) {
+        const Location& where = mFindings[i].where;
+        const bool isNote = mFindings[i].severity == Severity::Note && !order.empty();
+        const ptrdiff_t file = std::find(files.begin(), files.end(), where.file) - files.begin();
+        order.emplace_back(isNote ? order.back().first : Key(file, where.line, where.column), i);
+    }
+    std::sort(order.begin(), order.end());
+    std::vector<Finding> sorted;
+    sorted.reserve(order.size());
+    for (const auto& [key, index] : order) sorted.push_back(std::move(mFindings[index]));
+    mFindings = std::move(sorted);
+}
+
 std::string Findings::headline(const Finding& finding, bool colour)
 {
     std::string label = "note";
@@ -86,26 +114,41 @@ std::string Findings::headline(const Finding& finding, bool colour)
            printable(finding.text) + '\n';
 }
 
-void Findings::appendSource(std::string& out, const Finding& finding, bool colour)
+// The line of each finding, "" for those without. Each file is read once, however many findings stand in it.
+std::vector<std::string> Findings::sourceLines() const
 {
-    Excerpt excerpt;
-    if (!finding.quote.text.empty()) {
-        excerpt = makeExcerpt(finding.quote.text, finding.quote.column, finding.quote.length);
-    } else {
-        if (finding.where.line == 0) return;
-        const std::string line = readLine(finding.where.file, finding.where.line, finding.where.column);
-        if (line.empty()) return;
-        excerpt = makeExcerpt(line, finding.where.column);
+    std::map<std::string, std::vector<size_t>> findingsOf;
+    for (size_t i = 0; i < mFindings.size(); ++i) {
+        if (mFindings[i].where.line > 0 && mFindings[i].quote.text.empty())
+            findingsOf[mFindings[i].where.file].push_back(i);
     }
+    std::vector<std::string> lines(mFindings.size());
+    for (const auto& [file, indices] : findingsOf) {
+        std::vector<LineColumn> places;
+        for (const size_t index : indices)
+            places.push_back({mFindings[index].where.line, mFindings[index].where.column});
+        std::vector<std::string> texts = readLines(file, places);
+        for (size_t i = 0; i < indices.size(); ++i) lines[indices[i]] = std::move(texts[i]);
+    }
+    return lines;
+}
+
+void Findings::appendSource(std::string& out, const Finding& finding, const std::string& line, bool colour)
+{
+    const bool hasQuote = !finding.quote.text.empty();
+    if (!hasQuote && line.empty()) return;
+    const Excerpt excerpt = hasQuote ? makeExcerpt(finding.quote.text, finding.quote.column, finding.quote.length)
+                                     : makeExcerpt(line, finding.where.column);
     out += "    " + excerpt.line + "\n    " + painted(excerpt.caretLine, kGreen, colour) + '\n';
 }
 
 std::string Findings::toText(bool colour) const
 {
+    const std::vector<std::string> lines = sourceLines();
     std::string out;
-    for (const Finding& finding : mFindings) {
-        out += headline(finding, colour);
-        appendSource(out, finding, colour);
+    for (size_t i = 0; i < mFindings.size(); ++i) {
+        out += headline(mFindings[i], colour);
+        appendSource(out, mFindings[i], lines[i], colour);
     }
     return out;
 }

@@ -4,6 +4,7 @@
 
 #include <nuxo/parser/SourceLocator.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -31,6 +32,15 @@ struct Quote {
 /// Texts read "what was found; what was expected".
 class Findings {
 public:
+    enum class Severity { Error, Warning, Note };
+    struct Finding {
+        Severity severity = Severity::Error;
+        std::string rule; ///< empty for notes
+        Location where;
+        Quote quote; ///< shown when its text is not empty
+        std::string text;
+    };
+
     void error(const std::string& rule, const Location& where, const std::string& text,
                ExitCode exitCode = ExitCode::Findings);
     /// An error in something that was typed on the command line.
@@ -39,25 +49,30 @@ public:
     void note(const Location& where, const std::string& text);
 
     ExitCode exitCode() const { return mExitCode; }
+    /// The run ends with at least this code.
+    void raiseExitCode(ExitCode code) { mExitCode = std::max(mExitCode, code); }
     /// Number of errors so far, to see whether a step added any.
     size_t errorCount() const { return mErrorCount; }
+
+    /// In the order in which they were made; notes stand behind what they explain.
+    const std::vector<Finding>& all() const { return mFindings; }
+
+    /// Drops the texts, which were written elsewhere; the exit code stays.
+    void keepExitCodeOnly() { mFindings.clear(); }
+    /// Adds those of another run.
+    void append(const Findings& other);
+    /// Puts those of one file together, in the order of @p files, then by line and column; notes stay behind what they
+    /// explain. What stands in none of the files comes last.
+    void sortByPlace(const std::vector<std::string>& files);
 
     /// All findings in the order in which they were made, each with the source line that it is about.
     std::string toText(bool colour) const;
 
 private:
-    enum class Severity { Error, Warning, Note };
-    struct Finding {
-        Severity severity = Severity::Error;
-        std::string rule;
-        Location where;
-        Quote quote; // shown when its text is not empty
-        std::string text;
-    };
-
     void add(Severity severity, const std::string& rule, const Location& where, const std::string& text);
     static std::string headline(const Finding& finding, bool colour);
-    static void appendSource(std::string& out, const Finding& finding, bool colour);
+    static void appendSource(std::string& out, const Finding& finding, const std::string& line, bool colour);
+    std::vector<std::string> sourceLines() const;
 
     std::vector<Finding> mFindings;
     size_t mErrorCount = 0;

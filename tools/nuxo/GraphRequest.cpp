@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "GraphRequest.h"
 
+#include "BuildFaults.h"
 #include "LibraryFindings.h"
 #include "LibraryLog.h"
 #include "Origins.h"
@@ -62,23 +63,37 @@ IGraphConfig* GraphRequest::chooseSetting()
 BuiltGraph GraphRequest::build()
 {
     IGraphConfig* const settings = chooseSetting();
-    if (settings == nullptr) return {};
+    return settings == nullptr ? BuiltGraph() : build(*settings);
+}
+
+BuiltGraph GraphRequest::build(IGraphConfig& settings)
+{
     takeLibraryLog();
     IGraphConfig* graph = nullptr;
-    const int status = mManager.createGraph(settings, &graph);
+    const int status = mManager.createGraph(&settings, &graph);
 
     BuiltGraph built;
     built.owner.reset(graph, [this](IGraphConfig* owned) { mManager.destroyGraph(owned); });
-    built.settings = dynamic_cast<const GraphConfigNode*>(settings);
+    built.settings = dynamic_cast<const GraphConfigNode*>(&settings);
     if (status != StatusOk || graph == nullptr || built.settings == nullptr) {
-        reportFailure(mSession, {"build-failed", settings, "", 0}, "building " + settingName(*settings), status,
+        reportFailure(mSession, {"build-failed", &settings, "", 0}, "building " + settingName(settings), status,
                       "a complete graph");
         return {};
     }
     // A graph is full of connections that the setting leaves out, and a warning tells of each.
-    reportLogLines(mSession, {"build", settings, "", 0}, false);
+    reportLogLines(mSession, {"build", &settings, "", 0}, false);
     built.graph = dynamic_cast<const GraphConfigNode*>(graph);
+    reportUnknownEnds(*built.graph);
     return built;
+}
+
+// Among those warnings are some about connections that no setting can have. They are the same for all settings of a graph.
+void GraphRequest::reportUnknownEnds(const GraphConfigNode& graph)
+{
+    for (const BuildFault& fault : unknownEndsOf(mSession, *mPair.descriptor.tree, graph)) {
+        if (mSession.reportedLines.insert(originText(fault.where) + " end").second)
+            mSession.findings.warning("build", fault.where, fault.text);
+    }
 }
 
 std::string settingName(const IGraphConfig& settings)

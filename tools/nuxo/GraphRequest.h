@@ -34,13 +34,18 @@ public:
 
     /// Whether files and criteria are in order; otherwise there is nothing to find or build.
     bool isReady() const { return mIsReady; }
+    /// The files as they were read.
+    const GraphPair& files() const { return mPair; }
     /// The `settings` nodes that match the criteria.
     std::vector<NUXO::IGraphConfig*> findSettings();
     /// The graph of the one setting that matches; it must not outlive the request.
     BuiltGraph build();
+    /// The graph of one of findSettings(); it must not outlive the request.
+    BuiltGraph build(NUXO::IGraphConfig& settings);
 
 private:
     NUXO::IGraphConfig* chooseSetting();
+    void reportUnknownEnds(const NUXO::GraphConfigNode& graph);
 
     Session& mSession;
     GraphPair mPair;

@@ -72,13 +72,22 @@ void checkRootElement(const GraphFile& file, DocumentKind kind, Findings& findin
                    "the document's element is '" + file.rootElement + "'; expected " + expected);
 }
 
+void reportWarning(const GraphFile& file, const std::string& text, Findings& findings)
+{
+    const Location where = file.rootElement.empty() ? inFile(file.path) : file.root;
+    const bool isVersion = startsWith(text, "No version information");
+    const std::string found = isVersion ? "element '" + file.rootElement + "' states no version" : text;
+    findings.warning(isVersion ? "missing-version" : "parse", where,
+                     found + (isVersion ? "; expected one, such as version=\"KVA7\"" : ""));
+}
+
 // @param stopped  whether a finding says already, with its place, what ended the parse; the library's errors only repeat it
 void reportLibraryLines(const GraphFile& file, bool stopped, Findings& findings)
 {
     bool reported = stopped;
     for (const LogLine& line : takeLibraryLog()) {
         if (!line.isError) {
-            findings.warning("parse", file.rootElement.empty() ? inFile(file.path) : file.root, line.text);
+            reportWarning(file, line.text, findings);
         } else if (!startsWith(line.text, "Parser returned NULL")) {
             if (!stopped) findings.error("parse", inFile(file.path), line.text.substr(0, kLongestMessage));
             reported = true;

@@ -36,8 +36,13 @@ std::string writeOutput(const std::string& text)
 
 bool wantsColour(const std::string& choice)
 {
+    return wantsColour(choice, STDERR_FILENO);
+}
+
+bool wantsColour(const std::string& choice, int descriptor)
+{
     if (choice != "auto") return choice == "always";
-    return !isSet("NO_COLOR") && !isDumbTerminal() && isatty(STDERR_FILENO) == 1;
+    return !isSet("NO_COLOR") && !isDumbTerminal() && isatty(descriptor) == 1;
 }
 
 } // namespace NuxoTool

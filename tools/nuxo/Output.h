@@ -11,6 +11,8 @@ std::string writeOutput(const std::string& text);
 
 /// Whether findings are coloured: @p choice is "auto" (on a terminal, unless NO_COLOR is set), "always" or "never".
 bool wantsColour(const std::string& choice);
+/// The same for what is written to that file descriptor.
+bool wantsColour(const std::string& choice, int descriptor);
 
 } // namespace NuxoTool
 

@@ -12,6 +12,8 @@
 #include <nuxo/formats/NUXOFormats.h>
 #include <nuxo/tree/NodeIterator.h>
 
+#include <map>
+
 namespace NuxoTool {
 
 using NUXO::GraphCameraUtil;
@@ -239,9 +241,13 @@ std::string endName(const IGraphConfig& end)
 
 std::vector<const GraphConfigNode*> childrenOfType(const GraphConfigNode& node, uint32_t type)
 {
+    // The vocabulary is searched for the name of a key from its start.
+    static std::map<uint32_t, std::string> names;
+    auto name = names.find(type);
+    if (name == names.end()) name = names.emplace(type, NUXO::ItemUID::key2str(type)).first;
     std::vector<const GraphConfigNode*> children;
     NUXO::NodeIterator cursor(&node);
-    while (const IGraphConfig* const child = cursor.iterateByType(type)) {
+    while (const IGraphConfig* const child = cursor.iterateNodes(NUXO_KEY_TYPE, name->second)) {
         children.push_back(dynamic_cast<const GraphConfigNode*>(child));
     }
     return children;

@@ -57,10 +57,10 @@ ProgramGroups programGroupsOf(const GraphConfigNode& graph)
 std::vector<const GraphConfigNode*> linksOf(const GraphConfigNode& group)
 {
     std::vector<const GraphConfigNode*> links;
-    TreeView view;
-    for (const ChildView& child : view.children(group)) {
-        if (child.node->getUid() == NUXO_KEY_KLINK || textOf(*child.node, NUXO_KEY_TYPE) == "klink")
-            links.push_back(child.node);
+    for (auto it = group.begin(); it != group.end(); ++it) {
+        const auto* const child = dynamic_cast<const GraphConfigNode*>(it->second);
+        if (child == nullptr) continue;
+        if (it->first == NUXO_KEY_KLINK || textOf(*child, NUXO_KEY_TYPE) == "klink") links.push_back(child);
     }
     return links;
 }

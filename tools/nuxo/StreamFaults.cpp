@@ -40,7 +40,7 @@ std::vector<const GraphConfigNode*> inputsOf(const GraphConfigNode& group)
 
 StreamFault unconnected(const GraphConfigNode& port)
 {
-    return {&port, "nothing is connected to " + endName(port)};
+    return {&port, "nothing is connected to " + endName(port), StreamFault::Kind::Unconnected};
 }
 
 struct Crossing {
@@ -64,7 +64,7 @@ private:
     void addGroup(const GraphConfigNode& group)
     {
         const std::optional<int> stream = streamOf(group);
-        if (!stream) mFaults.push_back({&group, nameOf(group) + " has no stream_id"});
+        if (!stream) mFaults.push_back({&group, nameOf(group) + " has no stream_id", StreamFault::Kind::NoStream});
         for (const GraphConfigNode* const port : childrenOfType(group, NUXO_KEY_PORT)) {
             if (isUnconnected(mSession, *port)) mFaults.push_back(unconnected(*port));
             const bool isOutput = GraphCameraUtil::portGetDirection(port) != 0 && stateOf(*port).isEnabled;
@@ -104,9 +104,10 @@ private:
     void addCircle(const Crossing& crossing)
     {
         if (!leadsTo(crossing.to, crossing.from)) return;
-        mFaults.push_back({crossing.port, endName(*crossing.port) + " leads from stream " +
-                                              std::to_string(crossing.from) + " to stream " +
-                                              std::to_string(crossing.to) + ", which leads back"});
+        mFaults.push_back({crossing.port,
+                           endName(*crossing.port) + " leads from stream " + std::to_string(crossing.from) +
+                               " to stream " + std::to_string(crossing.to) + ", which leads back",
+                           StreamFault::Kind::Circle});
     }
 
     Session& mSession;

@@ -11,8 +11,11 @@ namespace NuxoTool {
 
 /// Why frames may not reach a stream.
 struct StreamFault {
+    enum class Kind { NoStream, Unconnected, Circle };
+
     const NUXO::IGraphConfig* item;
     std::string text;
+    Kind kind;
 };
 
 /// Whether the library says that frames do not reach a stream or group, without the reason.

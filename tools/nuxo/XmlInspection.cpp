@@ -3,26 +3,17 @@
 
 #include "FileBytes.h"
 #include "Text.h"
+#include "document/Expat.h"
 
 #include <nuxo/parser/NUXOParser.h>
 
 #include <cstdint>
-#include <cstring>
-#include <memory>
 #include <new>
-#include <type_traits>
 #include <vector>
-
-#include <expat.h>
 
 namespace NuxoTool {
 
 namespace {
-
-struct FreeParser {
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-};
-using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, FreeParser>;
 
 struct OpenElement {
     std::string name;
@@ -42,12 +33,6 @@ struct Inspector {
     uint64_t problemOffset = 0;
 };
 
-uint64_t currentOffset(XML_Parser parser)
-{
-    const XML_Index index = XML_GetCurrentByteIndex(parser);
-    return index > 0 ? static_cast<uint64_t>(index) : 0;
-}
-
 Location locationOf(const std::string& path, uint64_t offset)
 {
     const LineColumn place = locateByte(path, offset);
@@ -62,7 +47,7 @@ void stopWith(Inspector& inspector, const char* rule, const std::string& text)
 {
     inspector.rule = rule;
     inspector.text = text;
-    inspector.problemOffset = currentOffset(inspector.parser);
+    inspector.problemOffset = expatOffset(inspector.parser);
     XML_StopParser(inspector.parser, XML_FALSE);
 }
 
@@ -97,7 +82,7 @@ void openElement(void* data, const char* name, const char** attributes)
     Inspector& inspector = *static_cast<Inspector*>(data);
     try {
         const std::string lowerName = lowerCase(name);
-        const uint64_t offset = currentOffset(inspector.parser);
+        const uint64_t offset = expatOffset(inspector.parser);
         const bool isRoot = inspector.rootElement.empty();
         if (isRoot) {
             inspector.rootElement = lowerName;
@@ -115,19 +100,6 @@ void closeElement(void* data, const char* /*name*/)
     static_cast<Inspector*>(data)->open.pop_back();
 }
 
-// Feeds the whole file; false when the parser stopped.
-bool feed(XML_Parser parser, FileBytes& bytes)
-{
-    std::vector<char> piece(FileBytes::kPieceSize);
-    for (;;) {
-        const size_t count = bytes.read(piece.data());
-        if (count == 0 && !bytes.trouble().empty()) return true;
-        const int isFinal = count == 0 ? 1 : 0;
-        if (XML_Parse(parser, piece.data(), static_cast<int>(count), isFinal) != XML_STATUS_OK) return false;
-        if (isFinal == 1) return true;
-    }
-}
-
 void reportMalformed(const Inspector& inspector, const std::string& path, Findings& findings)
 {
     const XML_Error error = XML_GetErrorCode(inspector.parser);
@@ -136,8 +108,13 @@ void reportMalformed(const Inspector& inspector, const std::string& path, Findin
         findings.error(inspector.rule, locationOf(path, inspector.problemOffset), inspector.text);
         return;
     }
+    if (error == XML_ERROR_DUPLICATE_ATTRIBUTE) {
+        findings.error("duplicate-attribute", locationOf(path, expatOffset(inspector.parser)),
+                       "an attribute stands twice in one element; expected it once, the parser stops here");
+        return;
+    }
     const char* const explanation = XML_ErrorString(error);
-    findings.error("malformed", locationOf(path, currentOffset(inspector.parser)),
+    findings.error("malformed", locationOf(path, expatOffset(inspector.parser)),
                    std::string(explanation != nullptr ? explanation : "unknown XML error") +
                        "; expected well-formed XML");
     const bool isUnclosed =
@@ -151,15 +128,14 @@ void reportMalformed(const Inspector& inspector, const std::string& path, Findin
 
 XmlInspection inspectXml(const std::string& path, Findings& findings)
 {
-    const ParserPointer parser(XML_ParserCreate(nullptr));
-    if (parser == nullptr) throw std::bad_alloc();
+    const ExpatPointer parser = makeExpat();
     Inspector inspector(parser.get());
     XML_SetUserData(parser.get(), &inspector);
     XML_SetElementHandler(parser.get(), openElement, closeElement);
 
     FileBytes bytes(path);
     XmlInspection result;
-    const bool wellFormed = feed(parser.get(), bytes);
+    const bool wellFormed = feedExpat(parser.get(), bytes);
     if (!wellFormed) {
         reportMalformed(inspector, path, findings);
     } else if (!bytes.trouble().empty()) {

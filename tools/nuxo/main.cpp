@@ -17,9 +17,14 @@ using NuxoTool::Session;
 void runVerb(Session& session)
 {
     switch (session.arguments.verb) {
+    case NuxoTool::Verb::Check: runCheck(session); break;
     case NuxoTool::Verb::Dump: runDump(session); break;
     case NuxoTool::Verb::Query: runQuery(session); break;
     case NuxoTool::Verb::Build: runBuild(session); break;
+    case NuxoTool::Verb::Explain: runExplain(session); break;
+    case NuxoTool::Verb::Diff: runDiff(session); break;
+    case NuxoTool::Verb::Fmt: runFmt(session); break;
+    case NuxoTool::Verb::Schema: runSchema(session); break;
     case NuxoTool::Verb::Ports: runPorts(session); break;
     case NuxoTool::Verb::Contexts: runContexts(session); break;
     case NuxoTool::Verb::Kernels: runKernels(session); break;

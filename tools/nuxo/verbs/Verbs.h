@@ -6,6 +6,21 @@
 
 namespace NuxoTool {
 
+/// Finds what is wrong with graph files, lists the rules or explains one.
+void runCheck(Session& session);
+
+/// Tells which lines of the files had a say in a value of the graph of one setting.
+void runExplain(Session& session);
+
+/// Compares two files, settings or graphs by meaning.
+void runDiff(Session& session);
+
+/// Writes graph files in canonical form.
+void runFmt(Session& session);
+
+/// Writes an XML schema of graph files.
+void runSchema(Session& session);
+
 /// Shows the tree of one graph file.
 void runDump(Session& session);
 
@@ -27,7 +42,7 @@ void runKernels(Session& session);
 /// Builds the graph of one setting and tells how size and crop change on the way to the sinks of one stream.
 void runHistory(Session& session);
 
-/// Builds the graph of one setting and draws the inside of one stream.
+/// Draws the graph of one setting, of all settings of a file, or the inside of one stream.
 void runDraw(Session& session);
 
 /// Builds the graph of one setting and tells the frame parameters of its sensor or of a port.
