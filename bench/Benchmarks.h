@@ -43,6 +43,8 @@ void addConstructionBenchmarks(Context& context);
 void addFormatBenchmarks(Context& context);
 void addPortBenchmarks(Context& context);
 void addKernelBenchmarks(Context& context);
+/// What the tool takes on large files.
+void addToolBenchmarks(Context& context);
 void addGrowthBenchmark(Context& context);
 
 } // namespace bench

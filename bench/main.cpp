@@ -22,6 +22,7 @@ bool measureAll()
     bench::addFormatBenchmarks(context);
     bench::addPortBenchmarks(context);
     bench::addKernelBenchmarks(context);
+    bench::addToolBenchmarks(context);
     bench::addGrowthBenchmark(context);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -157,6 +157,19 @@ TEST_F(BrokenGraphsTest, ConnectionThatTheLibraryDoesNotMissIsFoundToo)
     }
 }
 
+TEST_F(BrokenGraphsTest, ConnectionToANodeThatDoesNotExistIsWarnedOf)
+{
+    damage("linked", Which::Descriptor, R"(sink="aux_sink")", R"(sink="axu_sink")");
+    for (const std::string verb : {"build", "kernels", "ports"}) {
+        const ToolRun result = run({verb, "linked.xml", "linked_settings.xml", "--key", "1"});
+        EXPECT_EQ(count(result.err, placeOf("linked", Which::Descriptor, R"(sink="axu_sink")") +
+                                        "warning[build]: sink 'axu_sink' names no node of the descriptor; expected one "
+                                        "that it declares; did you mean 'aux_sink'?\n"),
+                  1U)
+            << verb << result.err;
+    }
+}
+
 TEST_F(BrokenGraphsTest, ConnectionsThatCloseACircleOfStreamsAreNoted)
 {
     damage("linked", Which::Descriptor, R"(<port name="aux_out")",

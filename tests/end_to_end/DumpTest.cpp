@@ -67,7 +67,8 @@ TEST_F(DumpTest, WarnsOfAFileWithoutVersion)
 {
     const ToolRun result = run({"dump", "odd_texts.xml"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.err, "odd_texts.xml:3:1: warning[parse]: No version information found.\n"
+    EXPECT_EQ(result.err, "odd_texts.xml:3:1: warning[missing-version]: element 'graph_settings' states no version; "
+                          "expected one, such as version=\"KVA7\"\n"
                           "    <graph_settings>\n"
                           "    ^\n");
 }

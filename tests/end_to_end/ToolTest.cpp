@@ -165,7 +165,7 @@ std::string ToolTest::read(const std::string& name) const
 
 void ToolTest::addExample(const std::string& generation) const
 {
-    for (const char* const part : {"_descriptor.xml", "_settings.xml"}) {
+    for (const char* const part : {"_descriptor.xml", "_settings.xml", "_settings.xml.gz"}) {
         std::filesystem::copy(std::string(NUXO_SOURCE_DIR) + "/examples/" + generation + part, mDirectory);
     }
 }

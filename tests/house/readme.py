@@ -3,7 +3,8 @@
 
 Its C++ blocks show the example program as the tests compile and run it: all of it, or the function whose name follows
 `cpp` on the opening line, with the comment above it. Its console blocks hold what their commands print. Commands run in
-the folder that holds both document and program, with the folder of TOOL first in the search path.
+the folder that holds both document and program, with the folder of TOOL, or those of several joined by ':', first in the
+search path. A document that shows no program is given a folder instead of one, in which commands then run.
 """
 import os
 import re
@@ -23,9 +24,9 @@ def function(name, source, program):
     return found.group()
 
 
-def session(text, folder, tool):
+def session(text, folder, search_path):
     """The block with the output of its commands made anew; standard error follows standard output."""
-    environment = dict(os.environ, PATH=os.path.dirname(tool) + os.pathsep + os.environ.get("PATH", ""), LC_ALL="C",
+    environment = dict(os.environ, PATH=os.pathsep.join(search_path + [os.environ.get("PATH", "")]), LC_ALL="C",
                        NO_COLOR="1")
     lines = []
     for command in re.findall(r"^\$ (.*)$", text, re.MULTILINE):
@@ -38,22 +39,32 @@ def session(text, folder, tool):
 
 
 def check(arguments):
-    document, program, tool = arguments[:3]
-    with open(program, encoding="utf-8") as text:
-        source = text.read()
+    document, program = arguments[:2]
+    programs_to_run = arguments[2].split(os.pathsep)
+    has_program = not os.path.isdir(program)
+    source = ""
+    if has_program:
+        with open(program, encoding="utf-8") as text:
+            source = text.read()
     with open(document, encoding="utf-8") as text:
         found = text.read()
     shown = {kind for kind, _, _ in BLOCK.findall(found)}
-    if shown != {"cpp", "console"}:
+    if has_program and shown != {"cpp", "console"}:
         return [f"{document}: a C++ block and a console block are expected"]
-    if not os.access(tool, os.X_OK):
-        raise tools.ToolFailed(f"{tool} cannot be run")
+    if not has_program and shown != {"console"}:
+        return [f"{document}: a console block and no C++ block are expected"]
+    for tool in programs_to_run:
+        if not os.access(tool, os.X_OK):
+            raise tools.ToolFailed(f"{tool} cannot be run")
+    search_path = [os.path.dirname(tool) for tool in programs_to_run]
     folder = os.path.commonpath([os.path.dirname(os.path.abspath(path)) for path in (document, program)])
+    if not has_program:
+        folder = program
 
     def expected(block):
         kind, name, text = block.groups()
         if kind == "console":
-            content = session(text, folder, tool)
+            content = session(text, folder, search_path)
         else:
             content = function(name, source, program) if name else source
         return f"```{' '.join(filter(None, (kind, name)))}\n{content}```"

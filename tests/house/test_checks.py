@@ -145,6 +145,97 @@ class Checks(unittest.TestCase):
         self.write("docs/use.md", "```cpp third\n" + first + "```\n" + console)
         self.assert_fails("no function third", "readme.py", document, program, tool)
 
+    def test_readme_runs_sessions_of_a_document_without_program_in_a_folder(self):
+        tool = self.write("bin/tool", "#!/bin/sh\nls\n")
+        os.chmod(tool, 0o755)
+        document = self.write("docs/guide.md", "```console\n$ tool\nbin\ndocs\n```\n")
+        self.assert_passes("readme.py", document, self.root, tool)
+        self.write("docs/guide.md", "```console\n$ tool\nbin\n```\n")
+        self.assert_fails("+docs", "readme.py", document, self.root, tool)
+        self.write("docs/guide.md", "nothing\n")
+        self.assert_fails("are expected", "readme.py", document, self.root, tool)
+
+    def test_readme_finds_commands_of_several_tools(self):
+        one, other = self.write("a/one", "#!/bin/sh\necho 1\n"), self.write("b/other", "#!/bin/sh\necho 2\n")
+        document = self.write("guide.md", "```console\n$ one\n1\n$ other\n2\n```\n")
+        os.chmod(one, 0o755)
+        self.assert_fails("other cannot be run", "readme.py", document, self.root, one + os.pathsep + other)
+        os.chmod(other, 0o755)
+        self.assert_passes("readme.py", document, self.root, one + os.pathsep + other)
+
+    def test_guide_tells_of_what_schemas_have(self):
+        document = self.write("guide.md", "<!-- reference -->\n<!-- end of reference -->\n"
+                              "```xml\n    <port name=\"a\"/>\n```\n")
+        self.write("examples/file.xml", "<nodes>\n  <port name=\"a\"/>\n</nodes>\n")
+        schema = ('<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema"><xs:element name="port" type="port">'
+                  "<xs:annotation><xs:documentation>A port.</xs:documentation></xs:annotation></xs:element>"
+                  '<xs:complexType name="port"><xs:attribute name="ATTRIBUTE" type="xs:string"/></xs:complexType>'
+                  "</xs:schema>")
+        tool = self.write("bin/nuxo", f"#!/bin/sh\necho '{schema.replace('ATTRIBUTE', 'width')}'\n")
+        examples = os.path.join(self.root, "examples")
+        self.assert_fails("cannot be run", "guide.py", document, tool, examples)
+        os.chmod(tool, 0o755)
+        self.assert_fails("+| `width` |", "guide.py", document, tool, examples)
+        self.assert_passes("guide.py", document, tool, examples, "--write")
+        self.assert_passes("guide.py", document, tool, examples)
+        with open(tool, "w", encoding="utf-8") as script:
+            script.write(f"#!/bin/sh\necho '{schema.replace('ATTRIBUTE', 'height')}'\n")
+        self.assert_fails("+| `height` |", "guide.py", document, tool, examples)
+        self.assert_passes("guide.py", document, tool, examples, "--write")
+        self.write("examples/file.xml", "<nodes/>\n")
+        self.assert_fails("stands in no example", "guide.py", document, tool, examples)
+        self.write("guide.md", "no marks\n")
+        self.assert_fails("marks of the reference", "guide.py", document, tool, examples)
+
+    def manual_tool(self, option="--any"):
+        """A tool with one verb, which has that option."""
+        main = "Does things.\nUsage: tool [OPTIONS] VERB\n\nOptions:\n  -h,--help                   Help\n\n" \
+               "Verbs:\n  dump                        Show a file\n\nExit codes:\n" + \
+               "".join(f"  {code}  meaning\n" for code in range(5))
+        verb = "Show a file\nUsage: nuxo dump [OPTIONS] FILE\n\nPositionals:\n" \
+               "  FILE REQUIRED               A file\n\nOptions:\n  -h,--help                   Help\n" \
+               f"  {option} Excludes: --help\n" + " " * 28 + "What it does\n"
+        self.write("main.txt", main)
+        self.write("dump.txt", verb)
+        tool = self.write("tool", f'#!/bin/sh\ncd {self.root}\n[ "$1" = dump ] && exec cat dump.txt\ncat main.txt\n')
+        os.chmod(tool, 0o755)
+        return tool
+
+    def test_manual_takes_what_the_help_says(self):
+        parts = ("options", "verbs", "exits")
+        page = self.write("page", "".join(f"# begin: {part}\n# end: {part}\n" for part in parts))
+        script = self.write("script", "# begin: words\n# end: words\n")
+        tool = self.manual_tool()
+        self.assert_fails("What it does. Not together with", "manual.py", page, script, tool)
+        self.assert_passes("manual.py", page, script, tool, "--write")
+        self.assert_passes("manual.py", page, script, tool)
+        with open(script, encoding="utf-8") as text:
+            self.assertIn("    dump) echo '-h --help --any' ;;\n    dump/arguments) echo 'FILE' ;;\n", text.read())
+        self.assert_fails("+    dump) echo '-h --help --all' ;;", "manual.py", page, script, self.manual_tool("--all"))
+        self.write("script", "no parts\n")
+        self.assert_fails("expected the parts", "manual.py", page, script, tool)
+        self.assert_fails("did not start", "manual.py", page, script, os.path.join(self.root, "no-such-tool"))
+
+    def test_manual_page_names_what_is_missing(self):
+        good = "OPTIONS\n       -h, --help  Help.\nVERBS\n   dump FILE\n       --any  What it does.\nEXIT STATUS\n" + \
+               "".join(f"       {code}      Meaning.\n" for code in range(5))
+        page = self.write("page", good)
+        # What is set stands in the page already.
+        groff = self.write("groff", '#!/bin/sh\nfor page; do :; done\n'
+                                    'grep -q warned "$page" && echo a warning >&2\ncat "$page"\n')
+        os.chmod(groff, 0o755)
+        tool = self.manual_tool()
+        self.assert_passes("manual_page.py", page, groff, tool)
+        for old, new, fault in (("--any", "--none", "dump: options of the page: ['--none']"),
+                                ("dump FILE", "show FILE", "verbs of the page: ['show']"),
+                                ("-h, --help", "-h", "nuxo: options of the page: ['-h']"),
+                                ("       3", "       5", "exit codes of the page"),
+                                ("Meaning", "warned", "a warning")):
+            with self.subTest(old):
+                self.write("page", good.replace(old, new))
+                self.assert_fails(fault, "manual_page.py", page, groff, tool)
+        self.assert_fails("did not start", "manual_page.py", page, os.path.join(self.root, "no-such-groff"), tool)
+
     def test_headers_names_those_that_do_not_stand_alone(self):
         self.assert_fails("no header found", "headers.py", CC, CXX, self.root)
         self.write("qv_tools/good.h", "#ifndef GOOD_H\n#define GOOD_H\nint good(void);\n#endif\n")

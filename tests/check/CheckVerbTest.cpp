@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CheckTest.h"
+
+using nlohmann::json;
+
+namespace {
+
+class CheckVerbTest : public CheckTest {
+protected:
+    void SetUp() override
+    {
+        CheckTest::SetUp();
+        for (const auto& [file, text] : good().texts) write(file, text);
+    }
+
+    static Fault edited(const std::string& file, const std::string& find, const std::string& replace)
+    {
+        return Fault({{"name", "edited"}, {"rule", "any"}, {"file", file}, {"find", find}, {"replace", replace}});
+    }
+    static Fault good() { return edited("descriptor.xml", "A small camera", "A small camera"); }
+    static Fault unknownSink() { return edited("descriptor.xml", "sink=\"front:input\"", "sink=\"front:inptu\""); }
+    static Fault withoutVersion() { return edited("settings.xml", " version=\"KVA6.1\"", ""); }
+};
+
+TEST_F(CheckVerbTest, FindsNothingInGoodFiles)
+{
+    const ToolRun result = check(good());
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "checked 2 files, built 3 settings: 0 errors, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, FindsNothingInTheExamples)
+{
+    for (const std::string generation : {"kva5", "kva6", "kva7"}) {
+        addExample(generation);
+        const ToolRun result = run(
+            {"check", generation + "_descriptor.xml", generation + "_settings.xml", generation + "_settings.xml.gz"});
+        EXPECT_EQ(result.err, "") << generation;
+        EXPECT_EQ(result.exitCode, 0) << generation;
+        EXPECT_EQ(result.out.find("checked 3 files, built "), 0U) << result.out;
+    }
+}
+
+TEST_F(CheckVerbTest, ChecksADescriptorAlone)
+{
+    const ToolRun result = run({"check", "descriptor.xml"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "checked 1 file: 0 errors, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, TellsOfFindingsInTextInJsonAndInSarif)
+{
+    expectGolden(check(unknownSink()).err, "check_text.err");
+    expectGolden(check(unknownSink()).out, "check_text.txt");
+    expectGolden(check(unknownSink(), {"--format", "json"}).out, "check.json");
+}
+
+TEST_F(CheckVerbTest, WritesSarifThatNamesRulePlaceAndLevel)
+{
+    const ToolRun result = check(unknownSink(), {"--format", "sarif"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "");
+    const json document = json::parse(result.out, nullptr, false);
+    ASSERT_TRUE(document.is_object());
+    EXPECT_EQ(document["version"], "2.1.0");
+    const json& run = document["runs"][0];
+    ASSERT_EQ(run["results"].size(), 1U);
+    const json& finding = run["results"][0];
+    EXPECT_EQ(finding["ruleId"], "connection-end");
+    EXPECT_EQ(finding["level"], "error");
+    EXPECT_EQ(run["tool"]["driver"]["rules"][finding["ruleIndex"].get<size_t>()]["id"], "connection-end");
+    const json& place = finding["locations"][0]["physicalLocation"];
+    EXPECT_EQ(place["artifactLocation"]["uri"], "descriptor.xml");
+    EXPECT_GT(place["region"]["startLine"], 1);
+}
+
+TEST_F(CheckVerbTest, CountsSarifColumnsInCharacters)
+{
+    // "<!-- ä -->" before the element: three characters of mark-up more than in bytes
+    const ToolRun result = check(edited("descriptor.xml", "<connection source=\"csi_be:output\" sink=\"front:input\"/>",
+                                        "<!--\xc3\xa4--><connection source=\"csi_be:output\" sink=\"front:inptu\"/>"),
+                                 {"--format", "sarif"});
+    const json document = json::parse(result.out, nullptr, false);
+    ASSERT_TRUE(document.is_object());
+    // 12 blanks, 8 characters of comment, "<connection source=\"csi_be:output\" " of 35: the attribute is the 56th
+    EXPECT_EQ(document["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"]["startColumn"], 56);
+}
+
+TEST_F(CheckVerbTest, LeavesOutARule)
+{
+    const ToolRun result = check(withoutVersion(), {"--no", "missing-version"});
+    EXPECT_EQ(result.err.find("missing-version"), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, MakesARuleAnErrorOrAWarning)
+{
+    EXPECT_EQ(check(withoutVersion()).exitCode, 0);
+    EXPECT_EQ(check(withoutVersion(), {"-E", "missing-version"}).exitCode, 1);
+    const Fault typo = edited("settings.xml", "description=\"full HD video\"", "descriptoin=\"full HD video\"");
+    EXPECT_EQ(check(typo).exitCode, 1);
+    EXPECT_EQ(check(typo, {"-W", "unknown-attribute"}).exitCode, 0);
+}
+
+TEST_F(CheckVerbTest, MakesAllWarningsErrors)
+{
+    for (const std::string option : {"-Werror", "--Werror"}) {
+        const ToolRun result = check(withoutVersion(), {option});
+        EXPECT_EQ(result.exitCode, 1) << result.err;
+        EXPECT_NE(result.err.find("error[missing-version]"), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(CheckVerbTest, RejectsUnknownRules)
+{
+    for (const std::string option : {"-W", "-E", "--no", "--explain"}) {
+        const ToolRun result = run({"check", "descriptor.xml", option, "conection-end"});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find("unknown rule 'conection-end'; expected one that --list-rules names; did you mean "
+                                  "'connection-end'?"),
+                  std::string::npos)
+            << result.err;
+    }
+}
+
+TEST_F(CheckVerbTest, DoesNotLeaveOutWhatSaysWhyAFileCannotBeRead)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "--no", "malformed"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("expected a rule that can be left out"), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, DemandsADescriptor)
+{
+    const ToolRun result = run({"check"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("DESCRIPTOR is required"), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, BuildsTheChosenSettingsOnly)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "settings.xml", "--settings", "1", "--settings", "3"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, "checked 2 files, built 2 settings: 0 errors, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, KeepsQuietAboutSettingsThatWereNotChosen)
+{
+    const Fault fault = edited("settings.xml", "<video_sink width=\"640\"", "<video_snk width=\"640\"");
+    EXPECT_EQ(check(fault, {"--settings", "2"}).exitCode, 1);
+    const ToolRun other = check(fault, {"--settings", "1"});
+    EXPECT_EQ(other.err, "");
+    EXPECT_EQ(other.exitCode, 0);
+}
+
+TEST_F(CheckVerbTest, SaysWhichKeysThereAre)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "settings.xml", "--settings", "9"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("no setting has the key 9; expected one of 1, 2, 3"), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, BuildsNoSettingWhoseGraphHasErrors)
+{
+    const ToolRun result = check(unknownSink());
+    // settings 1 and 2 use graph 100, setting 3 uses graph 101
+    EXPECT_EQ(result.out, "checked 2 files, built 1 setting: 1 error, 0 warnings; 2 settings not built because of "
+                          "errors in what they use\n");
+}
+
+TEST_F(CheckVerbTest, GoesOnWithOtherFilesWhenOneIsMalformed)
+{
+    write("broken.xml", "<graph_settings version=\"KVA6\"><settings></graph_settings>");
+    const ToolRun result = run({"check", "descriptor.xml", "broken.xml", "settings.xml"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("broken.xml:1:"), std::string::npos) << result.err;
+    EXPECT_EQ(result.out, "checked 2 files, built 3 settings: 1 error, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, ChecksSettingsByThemselvesWhenTheDescriptorIsMalformed)
+{
+    write("broken.xml", "<graph_descriptor>");
+    write("settings.xml", "<graph_settings version=\"KVA6\"><settings key=\"x\" id=\"1\"/></graph_settings>");
+    const ToolRun result = run({"check", "broken.xml", "settings.xml"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("settings.xml:1:42: error[integer-value]"), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, EndsWithTheCodeOfWhatCannotBeRead)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "missing.xml"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("missing.xml: error[cannot-read]: "), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, TellsOfDamagedFiles)
+{
+    writeCompressed("whole.gz", read("settings.xml"));
+    const std::string whole = read("whole.gz");
+    write("half.gz", whole.substr(0, whole.size() / 2));
+    const ToolRun result = run({"check", "descriptor.xml", "half.gz"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(count(result.err, "error[damaged]"), 1U) << result.err;
+    EXPECT_EQ(count(result.err, "error["), 1U) << result.err;
+    EXPECT_EQ(run({"check", "descriptor.xml", "whole.gz"}).exitCode, 0);
+}
+
+TEST_F(CheckVerbTest, TellsOfNamesThatNoGraphFileHas)
+{
+    write("settings.txt", read("settings.xml"));
+    const ToolRun result = run({"check", "descriptor.xml", "settings.txt"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(count(result.err, "settings.txt: error[file-type]"), 1U) << result.err;
+    EXPECT_EQ(count(result.err, "error["), 1U) << result.err;
+}
+
+TEST_F(CheckVerbTest, OrdersFindingsByFileAndLine)
+{
+    Fault fault = unknownSink();
+    fault.texts["descriptor.xml"] += "";
+    std::string& text = fault.texts["descriptor.xml"];
+    text.replace(text.find("rcb=\"1\""), 7, "rcb=\"x\"");
+    std::string& settings = fault.texts["settings.xml"];
+    settings.replace(settings.find("<stats_sink/>"), 13, "<stats_snk/>");
+    const ToolRun result = check(fault);
+    const size_t integer = result.err.find("integer-value");
+    const size_t end = result.err.find("connection-end");
+    const size_t node = result.err.find("setting-node");
+    ASSERT_NE(node, std::string::npos) << result.err;
+    EXPECT_LT(integer, end);
+    EXPECT_LT(end, node);
+}
+
+TEST_F(CheckVerbTest, ListsRulesWithTheirSeverity)
+{
+    const ToolRun result = run({"check", "--list-rules", "--no", "unused-node"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out.find("RULE "), 0U);
+    EXPECT_EQ(count(result.out, "\nunused-node "), 1U);
+    EXPECT_EQ(count(result.out, "  off  "), 1U);
+}
+
+} // namespace
