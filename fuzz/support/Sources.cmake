@@ -36,3 +36,8 @@ set(nuxo_fuzz_sources_kernels
     "${CMAKE_CURRENT_LIST_DIR}/../KernelQuestions.cpp"
     "${CMAKE_CURRENT_LIST_DIR}/KernelRules.cpp"
     "${CMAKE_CURRENT_LIST_DIR}/../../tests/support/AllocationFailures.cpp")
+
+# Without what stands in for the system logger.
+set(nuxo_fuzz_sources_tool
+    "${CMAKE_CURRENT_LIST_DIR}/../ToolRun.cpp"
+    "${CMAKE_CURRENT_LIST_DIR}/Fuzzing.cpp")

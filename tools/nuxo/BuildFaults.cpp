@@ -35,11 +35,6 @@ std::vector<std::string> childNames(const IGraphConfig* node, const std::string&
     return names;
 }
 
-std::string inQuotes(const std::string& text)
-{
-    return '\'' + printable(text) + '\'';
-}
-
 /// One end of a connection.
 struct End {
     End(const GraphConfigNode& connection, uint32_t itsAttribute)
@@ -58,7 +53,7 @@ struct End {
 
 std::string namesNoNode(const End& end, const IGraphConfig* nodes)
 {
-    return end.kind() + inQuotes(end.text) + " names no node of the descriptor; expected one that it declares" +
+    return end.kind() + named(end.text) + " names no node of the descriptor; expected one that it declares" +
            suggestionFor(end.node, childNames(nodes, ""));
 }
 
@@ -133,7 +128,7 @@ private:
         }
         if (std::optional<BuildFault> fault = inSink(connection, source, sink, result, status)) return fault;
         return at(connection, 0,
-                  "the connection from " + inQuotes(source.text) + " to " + inQuotes(sink.text) +
+                  "the connection from " + named(source.text) + " to " + named(sink.text) +
                       " cannot be made; expected ports that exist");
     }
 
@@ -145,7 +140,7 @@ private:
         if (node == nullptr) return inBase(*declared, end.node);
         if (end.port.empty() || node->getDescendantByString(end.port) != nullptr) return std::nullopt;
         return at(connection, end.attribute,
-                  end.kind() + inQuotes(end.text) + " names no port of " + printable(end.node) +
+                  end.kind() + named(end.text) + " names no port of " + printable(end.node) +
                       "; expected one that the node has" + suggestionFor(end.port, childNames(node, "port")));
     }
 
@@ -157,20 +152,19 @@ private:
         const IGraphConfig* const base = baseNamed(baseName);
         if (base == nullptr) {
             return at(node, NUXO_KEY_BASE_NODE,
-                      inQuotes(baseName) + " names no base node; expected one of the descriptor" +
+                      named(baseName) + " names no base node; expected one of the descriptor" +
                           suggestionFor(baseName, childNames(mNodes, "base_node")));
         }
         if (textOf(*base, NUXO_KEY_BASE_TYPE).empty())
-            return at(*base, 0,
-                      "base node " + inQuotes(baseName) + " has no base_type; expected the type of its nodes");
+            return at(*base, 0, "base node " + named(baseName) + " has no base_type; expected the type of its nodes");
         std::unique_ptr<GraphConfigNode> copied(dynamic_cast<const GraphConfigNode&>(*base).copy());
         NUXO::NodeIterator differences(&node);
         while (const IGraphConfig* const difference = differences.iterateDescendants()) {
             if (applies(*copied, *difference)) continue;
             return at(*difference, NUXO_KEY_VALUE,
                       "the difference of " + printable(name) +
-                          " from its base node cannot be applied: " + inQuotes(textOf(*difference, NUXO_KEY_TARGET)) +
-                          " = " + inQuotes(textOf(*difference, NUXO_KEY_VALUE)) +
+                          " from its base node cannot be applied: " + named(textOf(*difference, NUXO_KEY_TARGET)) +
+                          " = " + named(textOf(*difference, NUXO_KEY_VALUE)) +
                           "; expected a path below the base node, and a number where the attribute is one");
         }
         return std::nullopt;
@@ -217,7 +211,7 @@ private:
         const std::string type = textOf(*node, NUXO_KEY_TYPE);
         if (type != "sink") {
             return at(place, attribute,
-                      inQuotes(name) + " is " + (type.empty() ? "without type" : "of type " + inQuotes(type)) +
+                      named(name) + " is " + (type.empty() ? "without type" : "of type " + named(type)) +
                           " and not a sink; expected a sink, or a port of the node" + portOf(*node));
         }
         const IGraphConfig* const feeder = result.getDescendantByString(source.node);
@@ -248,7 +242,7 @@ private:
             const bool isInteger = mFailed.graph->getValue(NUXO::ItemUID(target), known) == StatusOk;
             if (!target.empty() && !value.empty() && (!isInteger || startsWithNumber(value))) continue;
             return at(*item, NUXO_KEY_VALUE,
-                      "the override of " + inQuotes(target) + " with " + inQuotes(value) +
+                      "the override of " + named(target) + " with " + named(value) +
                           " cannot be applied; expected a target, and a number where the attribute is one");
         }
         return std::nullopt;
@@ -298,7 +292,7 @@ private:
             if (isSource && std::find(known.begin(), known.end(), name) == known.end()) known.push_back(name);
         }
         std::string text;
-        for (const std::string& name : known) text += (text.empty() ? ": " : ", ") + inQuotes(name);
+        for (const std::string& name : known) text += (text.empty() ? ": " : ", ") + named(name);
         return text;
     }
 
@@ -311,12 +305,12 @@ private:
         const IGraphConfig* const modes = root == nullptr ? nullptr : root->getDescendant(NUXO_KEY_SENSOR_MODES);
         if (modes == nullptr)
             return at(sensor, NUXO_KEY_MODE_ID,
-                      "the setting asks for sensor mode " + inQuotes(mode) +
+                      "the setting asks for sensor mode " + named(mode) +
                           ", but the file has no sensor_modes; expected a list of modes with that name");
         const std::vector<std::string> known = childNames(modes, "");
         if (std::find(known.begin(), known.end(), mode) != known.end()) return std::nullopt;
         return at(sensor, NUXO_KEY_MODE_ID,
-                  inQuotes(mode) + " names no sensor mode of the file; expected one of its modes" +
+                  named(mode) + " names no sensor mode of the file; expected one of its modes" +
                       suggestionFor(mode, known));
     }
 

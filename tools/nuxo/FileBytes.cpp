@@ -4,8 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <map>
 #include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace NuxoTool {
@@ -75,46 +76,99 @@ LineColumn locateByte(const std::string& path, uint64_t offset)
     return place;
 }
 
-std::vector<std::string> readLines(const std::string& path, const std::vector<LineColumn>& places)
+namespace {
+
+using Order = std::vector<std::pair<LineColumn, size_t>>; // places in the order of the file, and their numbers
+
+Order inOrder(const std::vector<LineColumn>& places)
 {
-    constexpr size_t behindColumn = 256;
-    std::map<uint32_t, size_t> wanted; // how much of each line
-    for (const LineColumn& place : places) {
-        size_t& longest = wanted[place.line];
-        longest = std::max(longest, size_t{place.column} + behindColumn);
-    }
-    std::map<uint32_t, std::string> texts;
+    Order order;
+    for (size_t i = 0; i < places.size(); ++i) order.emplace_back(places[i], i);
+    std::sort(order.begin(), order.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.first.line, a.first.column, a.second) < std::tie(b.first.line, b.first.column, b.second);
+    });
+    return order;
+}
+
+bool isAt(const LineColumn& place, uint32_t line, size_t column)
+{
+    return place.line == line && place.column == column;
+}
+
+// Calls @p take with each piece of a file's text that lies in one line: its line, the column of its first byte, the piece.
+// Ends when @p take is done.
+template <typename Take> void forEachPiece(const std::string& path, Take take)
+{
     FileBytes bytes(path);
     std::vector<char> piece(FileBytes::kPieceSize);
-    uint32_t current = 1;
-    auto next = wanted.begin();
-    while (next != wanted.end()) {
-        const size_t count = bytes.read(piece.data());
-        if (count == 0) break;
+    uint32_t line = 1;
+    size_t column = 1;
+    while (const size_t count = bytes.read(piece.data())) {
         const std::string_view part(piece.data(), count);
-        for (size_t at = 0; at < count && next != wanted.end();) {
+        for (size_t at = 0; at < count;) {
             const size_t end = std::min(part.find('\n', at), count);
-            if (current == next->first) {
-                std::string& text = texts[current];
-                text += part.substr(at, std::min(end - at, next->second - text.size()));
+            if (!take(line, column, part.substr(at, end - at))) return;
+            column += end - at;
+            if (end < count) {
+                ++line;
+                column = 1;
             }
             at = end + 1;
-            if (end == count) break;
-            if (current == next->first) ++next;
-            ++current;
         }
     }
-    std::vector<std::string> lines;
-    for (const LineColumn& place : places) {
-        std::string& line = lines.emplace_back(texts[place.line].substr(0, size_t{place.column} + behindColumn));
-        while (!line.empty() && line.back() == '\r') line.pop_back();
+}
+
+} // namespace
+
+std::vector<SourceLine> readLines(const std::string& path, const std::vector<LineColumn>& places)
+{
+    constexpr size_t around = 256;
+    std::vector<SourceLine> lines(places.size());
+    const Order order = inOrder(places);
+    size_t first = 0; // the first place that may get more text
+    forEachPiece(path, [&](uint32_t line, size_t column, std::string_view piece) {
+        while (first < order.size() &&
+               (order[first].first.line < line ||
+                (order[first].first.line == line && order[first].first.column + around < column)))
+            ++first;
+        const size_t pieceEnd = column + piece.size();
+        for (size_t i = first; i < order.size() && order[i].first.line == line; ++i) {
+            const size_t wanted = order[i].first.column;
+            const size_t from = std::max(wanted > around ? wanted - around : 1, column);
+            const size_t to = std::min(wanted + around, pieceEnd);
+            if (wanted > around && wanted - around > pieceEnd) break;
+            if (from < to) lines[order[i].second].text += piece.substr(from - column, to - from);
+        }
+        return first < order.size();
+    });
+    for (size_t i = 0; i < places.size(); ++i) {
+        const size_t column = places[i].column;
+        lines[i].column = column > around ? around + 1 : column;
+        while (!lines[i].text.empty() && lines[i].text.back() == '\r') lines[i].text.pop_back();
     }
     return lines;
 }
 
-std::string readLine(const std::string& path, uint32_t line, uint32_t column)
+std::vector<uint32_t> characterColumns(const std::string& path, const std::vector<LineColumn>& places)
 {
-    return readLines(path, {{line, column}}).front();
+    std::vector<uint32_t> columns;
+    for (const LineColumn& place : places) columns.push_back(place.column);
+    const Order order = inOrder(places);
+    size_t next = 0;
+    uint32_t current = 0;
+    uint32_t more = 0; // bytes of the line so far that continue a character
+    forEachPiece(path, [&](uint32_t line, size_t column, std::string_view piece) {
+        if (line != current) more = 0;
+        current = line;
+        while (next < order.size() && order[next].first.line < line) ++next;
+        for (size_t i = 0; i <= piece.size() && next < order.size(); ++i) {
+            for (; next < order.size() && isAt(order[next].first, line, column + i); ++next)
+                columns[order[next].second] -= more;
+            if (i < piece.size() && (static_cast<unsigned char>(piece[i]) & 0xC0U) == 0x80U) ++more;
+        }
+        return next < order.size();
+    });
+    return columns;
 }
 
 } // namespace NuxoTool

@@ -48,15 +48,20 @@ struct LineColumn {
 };
 LineColumn locateByte(const std::string& path, uint64_t offset);
 
-/// Lines of the file's text, each up to some way behind its column; "" for those that it has not. Reads the file once and
-/// keeps no more than that in memory.
+/// What stands around a place in a file.
+struct SourceLine {
+    std::string text;  ///< the line, of a long one the part around the place; "" when there is none
+    size_t column = 1; ///< of the place in the text
+};
+
+/// The lines of places in a file's text. Reads the file once, and keeps no more than a part of each line.
 ///
 /// @param places  in any order
-/// @return        one text a place
-std::vector<std::string> readLines(const std::string& path, const std::vector<LineColumn>& places);
+/// @return        one line a place
+std::vector<SourceLine> readLines(const std::string& path, const std::vector<LineColumn>& places);
 
-/// The same for one line.
-std::string readLine(const std::string& path, uint32_t line, uint32_t column);
+/// The columns of places counted in characters, from 1. Reads the file once.
+std::vector<uint32_t> characterColumns(const std::string& path, const std::vector<LineColumn>& places);
 
 } // namespace NuxoTool
 

@@ -114,37 +114,37 @@ std::string Findings::headline(const Finding& finding, bool colour)
            printable(finding.text) + '\n';
 }
 
-// The line of each finding, "" for those without. Each file is read once, however many findings stand in it.
-std::vector<std::string> Findings::sourceLines() const
+// The line of each finding, empty for those without. Each file is read once, however many findings stand in it.
+std::vector<SourceLine> Findings::sourceLines() const
 {
     std::map<std::string, std::vector<size_t>> findingsOf;
     for (size_t i = 0; i < mFindings.size(); ++i) {
         if (mFindings[i].where.line > 0 && mFindings[i].quote.text.empty())
             findingsOf[mFindings[i].where.file].push_back(i);
     }
-    std::vector<std::string> lines(mFindings.size());
+    std::vector<SourceLine> lines(mFindings.size());
     for (const auto& [file, indices] : findingsOf) {
         std::vector<LineColumn> places;
         for (const size_t index : indices)
             places.push_back({mFindings[index].where.line, mFindings[index].where.column});
-        std::vector<std::string> texts = readLines(file, places);
+        std::vector<SourceLine> texts = readLines(file, places);
         for (size_t i = 0; i < indices.size(); ++i) lines[indices[i]] = std::move(texts[i]);
     }
     return lines;
 }
 
-void Findings::appendSource(std::string& out, const Finding& finding, const std::string& line, bool colour)
+void Findings::appendSource(std::string& out, const Finding& finding, const SourceLine& line, bool colour)
 {
     const bool hasQuote = !finding.quote.text.empty();
-    if (!hasQuote && line.empty()) return;
+    if (!hasQuote && line.text.empty()) return;
     const Excerpt excerpt = hasQuote ? makeExcerpt(finding.quote.text, finding.quote.column, finding.quote.length)
-                                     : makeExcerpt(line, finding.where.column);
+                                     : makeExcerpt(line.text, line.column);
     out += "    " + excerpt.line + "\n    " + painted(excerpt.caretLine, kGreen, colour) + '\n';
 }
 
 std::string Findings::toText(bool colour) const
 {
-    const std::vector<std::string> lines = sourceLines();
+    const std::vector<SourceLine> lines = sourceLines();
     std::string out;
     for (size_t i = 0; i < mFindings.size(); ++i) {
         out += headline(mFindings[i], colour);

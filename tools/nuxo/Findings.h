@@ -11,6 +11,8 @@
 
 namespace NuxoTool {
 
+struct SourceLine;
+
 /// What the tool's exit code says. A run with several kinds of trouble ends with the highest.
 enum class ExitCode { Done = 0, Findings = 1, Usage = 2, InputOutput = 3, Internal = 4 };
 
@@ -71,8 +73,8 @@ public:
 private:
     void add(Severity severity, const std::string& rule, const Location& where, const std::string& text);
     static std::string headline(const Finding& finding, bool colour);
-    static void appendSource(std::string& out, const Finding& finding, const std::string& line, bool colour);
-    std::vector<std::string> sourceLines() const;
+    static void appendSource(std::string& out, const Finding& finding, const SourceLine& line, bool colour);
+    std::vector<SourceLine> sourceLines() const;
 
     std::vector<Finding> mFindings;
     size_t mErrorCount = 0;

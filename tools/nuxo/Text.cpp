@@ -132,6 +132,21 @@ std::string quoted(std::string_view text)
     return '"' + printable(marked) + '"';
 }
 
+std::string named(std::string_view name)
+{
+    return '\'' + printable(name) + '\'';
+}
+
+std::string listOf(const std::vector<std::string>& names, const char* lastJoint)
+{
+    std::string text;
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (i != 0) text += i + 1 == names.size() ? lastJoint : ", ";
+        text += names[i];
+    }
+    return text;
+}
+
 std::string lowerCase(std::string_view text)
 {
     std::string out(text);

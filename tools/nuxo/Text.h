@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace NuxoTool {
 
@@ -22,6 +23,12 @@ std::string printable(std::string_view text);
 
 /// printable() in double quotes; quotes and backslashes inside are escaped.
 std::string quoted(std::string_view text);
+
+/// printable() in single quotes, as texts of findings name things.
+std::string named(std::string_view name);
+
+/// "100, 101 and 102"
+std::string listOf(const std::vector<std::string>& names, const char* lastJoint = " and ");
 
 /// @p text in ASCII lower case.
 std::string lowerCase(std::string_view text);

@@ -3,6 +3,7 @@
 
 #include <nuxo/NuxoStatus.h>
 #include <nuxo/tree/ItemUID.h>
+#include <nuxo/tree/NuxoKeys.h>
 
 namespace NuxoTool {
 
@@ -12,6 +13,10 @@ using NUXO::IGraphConfig;
 
 const std::string& TreeView::keyName(uint32_t key)
 {
+    // Looking for the name of each key would cost a walk through the vocabulary. Of several names the first counts.
+    if (mNames.empty()) {
+        for (const auto& [name, value] : NUXO::nuxo_key_map) mNames.emplace(value, name);
+    }
     const auto known = mNames.find(key);
     if (known != mNames.end()) return known->second;
     return mNames.emplace(key, NUXO::ItemUID::key2str(key)).first->second;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <tuple>
 
 namespace NuxoTool {
 
@@ -90,15 +91,36 @@ JsonValue sarifMessage(const std::string& text)
 }
 
 // Columns count characters there.
-JsonValue sarifLocation(const Location& where)
+class SarifColumns {
+public:
+    explicit SarifColumns(const Findings& findings)
+    {
+        std::map<std::string, std::vector<LineColumn>> places;
+        for (const Finding& finding : findings.all()) {
+            if (finding.where.line > 0)
+                places[finding.where.file].push_back({finding.where.line, finding.where.column});
+        }
+        for (const auto& [file, inFile] : places) {
+            const std::vector<uint32_t> columns = characterColumns(file, inFile);
+            for (size_t i = 0; i < inFile.size(); ++i)
+                mColumns.emplace(std::make_tuple(file, inFile[i].line, inFile[i].column), columns[i]);
+        }
+    }
+
+    uint32_t of(const Location& where) const { return mColumns.at({where.file, where.line, where.column}); }
+
+private:
+    std::map<std::tuple<std::string, uint32_t, uint32_t>, uint32_t> mColumns;
+};
+
+JsonValue sarifLocation(const Location& where, const SarifColumns& columns)
 {
     JsonValue location;
     location["physicalLocation"]["artifactLocation"]["uri"] = uriOf(where.file);
     if (where.line == 0) return location;
-    const std::string line = readLine(where.file, where.line, where.column);
     JsonValue& region = location["physicalLocation"]["region"];
     region["startLine"] = where.line;
-    region["startColumn"] = displayWidth(std::string_view(line).substr(0, where.column - 1)) + 1;
+    region["startColumn"] = columns.of(where);
     return location;
 }
 
@@ -114,7 +136,7 @@ JsonValue sarifRule(const Rule& rule, const RuleSettings& settings)
     return json;
 }
 
-JsonValue sarifResult(const Finding& finding, const std::vector<Finding>& notes)
+JsonValue sarifResult(const Finding& finding, const std::vector<Finding>& notes, const SarifColumns& columns)
 {
     JsonValue result;
     result["ruleId"] = finding.rule;
@@ -124,10 +146,10 @@ JsonValue sarifResult(const Finding& finding, const std::vector<Finding>& notes)
     if (rule != rules.end()) result["ruleIndex"] = rule - rules.begin();
     result["level"] = severityName(finding.severity);
     result["message"] = sarifMessage(finding.text);
-    if (!finding.where.file.empty()) result["locations"] = JsonValue::array({sarifLocation(finding.where)});
+    if (!finding.where.file.empty()) result["locations"] = JsonValue::array({sarifLocation(finding.where, columns)});
     for (const Finding& note : notes) {
         if (note.where.file.empty()) continue;
-        JsonValue related = sarifLocation(note.where);
+        JsonValue related = sarifLocation(note.where, columns);
         related["message"] = sarifMessage(note.text);
         result["relatedLocations"].push_back(related);
     }
@@ -215,8 +237,9 @@ std::string renderSarif(const Findings& findings, const RuleSettings& settings)
     run["tool"]["driver"] = driver;
     run["columnKind"] = "unicodeCodePoints";
     run["results"] = JsonValue::array();
-    forEachWithNotes(findings, [&run](const Finding& finding, const std::vector<Finding>& notes) {
-        run["results"].push_back(sarifResult(finding, notes));
+    const SarifColumns columns(findings);
+    forEachWithNotes(findings, [&run, &columns](const Finding& finding, const std::vector<Finding>& notes) {
+        run["results"].push_back(sarifResult(finding, notes, columns));
     });
 
     JsonValue document;

@@ -169,8 +169,8 @@ std::vector<ElementRow> nodeRows()
                    "at it by its name. It takes what it does not state from the port that feeds it.",
                    Attributes{nameSaying("Name of the sink.")} + sinkAttributes(), {"options"}),
         ElementRow("attribute", "attribute",
-                   "One difference of a node from its base node. Differences are applied in the order of their "
-                   "targets' names, and may add an attribute that the base node lacks.",
+                   "One difference of a node from its base node. Differences are applied in the order of the "
+                   "file, and may add an attribute that the base node lacks.",
                    {Attribute("target").required().says(
                         "Path of the attribute below the node, for example pg_id or main_out:format."),
                     Attribute("value").required().says(

@@ -120,6 +120,7 @@ void XsdParts::writeSharedTypes()
 
     // Names to choose from, but others are for the tool to judge: it knows codes, too.
     names.clear();
+    NUXOFormats::initNUXOFormats();
     for (const NUXOFormats::qv_format_t& format : NUXOFormats::gNUXOFormats) {
         if (std::find(names.begin(), names.end(), format.name) == names.end()) names.push_back(format.name);
     }

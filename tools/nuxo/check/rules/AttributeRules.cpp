@@ -48,7 +48,7 @@ void checkUnknown(const XmlDocument& document, RuleReporter& reporter)
         std::string suggestion = suggestionFor(attribute.name, place.kind->attributeNames());
         if (suggestion.empty()) suggestion = suggestionFor(attribute.name, vocabularyAttributes());
         const std::string expected =
-            place.kind->takesSettings ? "a name of the vocabulary" : listOf(place.kind->attributeNames());
+            place.kind->takesSettings ? "a name of the vocabulary" : oneOf(place.kind->attributeNames());
         reporter.report(*place.element, attribute.name,
                         "unknown attribute " + named(attribute.name) + " of " + named(place.element->name) +
                             ", which no query can find; expected " + expected + suggestion);
@@ -74,7 +74,7 @@ std::string expectedInstead(const PlacedElement& place, const XmlAttribute& attr
         return "<attribute target=\"" + attribute.name + "\" value=\"" + printable(attribute.value) +
                "\"/> in the node";
     }
-    const std::string expected = listOf(place.kind->attributeNames());
+    const std::string expected = oneOf(place.kind->attributeNames());
     return place.kind->takesSettings ? "no such attribute" : expected;
 }
 
@@ -105,7 +105,7 @@ void checkDuplicates(const XmlDocument& document, RuleReporter& reporter)
 
 std::string exampleOf(const AttributeKind& attribute)
 {
-    if (attribute.value == ValueKind::Choice) return listOf(attribute.choices);
+    if (attribute.value == ValueKind::Choice) return oneOf(attribute.choices);
     std::string text = attribute.documentation.substr(0, attribute.documentation.find(". "));
     if (!text.empty() && text.back() == '.') text.pop_back();
     return text;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nodes that are made from base nodes, and what they change.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Groups without klinks: how their kernels fork, and where they deliver.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The ends of connections: that they exist, point the right way and meet once.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Values that the library looks up in tables or takes apart.
 #include "FormatNames.h"
+#include "Text.h"
 #include "Suggestion.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Groups that share a context.
 #include "check/rules/DescriptorRuleParts.h"
+#include "Text.h"
 #include "check/rules/SettingsPlaces.h"
 
 #include <map>

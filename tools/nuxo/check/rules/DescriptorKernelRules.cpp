@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Kernels of a group: their ids, identities and metadata.
 #include "check/rules/DescriptorRuleParts.h"
+#include "Text.h"
 #include "check/rules/SettingsPlaces.h"
 
 #include <nuxo/records/qv_isp_zmt_run_kernels.h>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Klinks: that their ends exist, and that routing elements have a way through.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lists of options: what else changes with the value of an attribute.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"

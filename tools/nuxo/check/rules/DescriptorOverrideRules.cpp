@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What graphs set over all that nodes and settings say.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"

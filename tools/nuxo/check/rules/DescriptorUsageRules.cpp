@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is declared and never used, and numbers that are given twice.
 #include "check/rules/DescriptorRuleParts.h"
+#include "Text.h"
 #include "check/rules/SettingsPlaces.h"
 
 #include <algorithm>

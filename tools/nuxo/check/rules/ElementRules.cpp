@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Elements: whether there are such, and whether they stand where somebody looks for them.
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/FileRules.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ std::vector<std::string> parentsOf(const std::string& name, const std::vector<co
 
 std::string expectedChildren(const ElementKind& parent)
 {
-    std::string text = listOf(parent.childNames());
+    std::string text = oneOf(parent.childNames());
     if (parent.openChild != nullptr) text += ", or an element named after a part";
     return text;
 }
@@ -73,7 +74,7 @@ void checkUnknown(const XmlDocument& document, RuleReporter& reporter)
 std::string rightPlace(const XmlElement& element)
 {
     const std::vector<std::string> parents = parentsOf(element.name, kindsOfFile(element));
-    if (!parents.empty()) return "it in " + listOf(parents);
+    if (!parents.empty()) return "it in " + oneOf(parents);
     if (element.name == descriptorSchema().name || element.name == settingsSchema().name)
         return "it as the document's element only";
     return isOfDescriptor(element) ? "it in settings files only" : "it in descriptors only";

@@ -51,18 +51,13 @@ std::vector<PlacedElement> knownElements(const XmlDocument& document)
     return known;
 }
 
-std::string listOf(const std::vector<std::string>& names)
+std::string oneOf(const std::vector<std::string>& names)
 {
     if (names.empty()) return "nothing";
     std::string text;
     for (size_t i = 0; i < std::min(names.size(), kMostNames); ++i) text += (i == 0 ? "" : ", ") + named(names[i]);
     if (names.size() > kMostNames) text += " and others";
     return names.size() == 1 ? text : "one of " + text;
-}
-
-std::string named(const std::string& name)
-{
-    return "'" + printable(name) + "'";
 }
 
 std::vector<Rule> fileRules()

@@ -31,10 +31,7 @@ std::vector<PlacedElement> placedElements(const XmlDocument& document);
 std::vector<PlacedElement> knownElements(const XmlDocument& document);
 
 /// "one of 'a', 'b', 'c'", "'a'" for a single name, "nothing" for none; only the first of many are named.
-std::string listOf(const std::vector<std::string>& names);
-
-/// A name from a file in single quotes, fit to print.
-std::string named(const std::string& name);
+std::string oneOf(const std::vector<std::string>& names);
 
 } // namespace NuxoTool
 

@@ -63,8 +63,8 @@ private:
             const std::string expected = extentText(mArriving.first());
             reportSize(mInspection, kSensorSizeRule, *own, *stated, mArriving,
                        "the setting states " + extentText(*stated) + " for port_0 of the sensor, but its mode " +
-                           inQuotes(textOf(mSource, NUXO_KEY_MODE_ID)) + " gives " + expected + "; expected " +
-                           expected + ", or another mode");
+                           named(textOf(mSource, NUXO_KEY_MODE_ID)) + " gives " + expected + "; expected " + expected +
+                           ", or another mode");
             mInspection.explain(port);
         }
         mArriving.take(*stated, own);

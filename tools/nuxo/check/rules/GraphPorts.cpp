@@ -52,11 +52,6 @@ bool isPrivate(const IGraphConfig& port)
     return integerOf(port, NUXO_KEY_PRIVATE, 0) != 0;
 }
 
-std::string inQuotes(const std::string& name)
-{
-    return '\'' + printable(name) + '\'';
-}
-
 namespace {
 
 class PortInspection {
@@ -87,7 +82,7 @@ private:
                 isDeclared ? "an element '" + printable(peer.text) + "' in the setting, so that it is"
                            : "the name of a sink, or of a port with its node" + suggestionFor(peer.text, names);
             mInspection.report(kPeerRule, end, NUXO_KEY_PEER,
-                               endName(end) + " has the peer " + inQuotes(peer.text) +
+                               endName(end) + " has the peer " + named(peer.text) +
                                    ", which is not part of the graph; expected " + expected);
             mInspection.explain(end);
         }

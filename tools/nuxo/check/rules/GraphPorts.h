@@ -25,9 +25,6 @@ bool isOn(const NUXO::IGraphConfig& end);
 bool isOutput(const NUXO::IGraphConfig& port);
 bool isPrivate(const NUXO::IGraphConfig& port);
 
-/// A name from a file in single quotes.
-std::string inQuotes(const std::string& name);
-
 } // namespace NuxoTool
 
 #endif

@@ -198,7 +198,7 @@ std::vector<Rule> settingsConnectionRules()
          {},
          checkPeers},
         {"half-connection",
-         RuleSeverity::Warning,
+         RuleSeverity::Error,
          "one end of a connection is part of the setting, the other is not",
          "A connection is made only if the setting has an element for its source node and port, which is not switched "
          "off, and one for the node where it leads. Otherwise it is left out silently: frames go nowhere, or a node "

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules/SettingsRules.h"
+#include "Text.h"
 
 #include "check/rules/SettingsPlaces.h"
 

@@ -212,19 +212,4 @@ std::vector<std::string> namesBeside(const SettingPlace& place, const Descriptor
     return names;
 }
 
-std::string named(std::string_view name)
-{
-    return '\'' + printable(name) + '\'';
-}
-
-std::string listOf(const std::vector<std::string>& names, const char* lastJoint)
-{
-    std::string text;
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (i != 0) text += i + 1 == names.size() ? lastJoint : ", ";
-        text += names[i];
-    }
-    return text;
-}
-
 } // namespace NuxoTool

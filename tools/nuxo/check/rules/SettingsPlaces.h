@@ -67,11 +67,6 @@ bool isFaulty(const ModelNode& node, const RuleReporter& reporter);
 /// Names that an element in this place could have instead, for suggestions.
 std::vector<std::string> namesBeside(const SettingPlace& place, const DescriptorModel& descriptor);
 
-/// A name from a file in single quotes, fit to print.
-std::string named(std::string_view name);
-/// "100, 101 and 102"
-std::string listOf(const std::vector<std::string>& names, const char* lastJoint = " and ");
-
 } // namespace NuxoTool
 
 #endif

@@ -94,7 +94,7 @@ void checkChoices(const XmlDocument& document, RuleReporter& reporter)
                             found + "the name of an attribute" + suggestionFor(attribute.value));
         } else if (kind.value == ValueKind::Choice &&
                    std::find(choices.begin(), choices.end(), attribute.value) == choices.end()) {
-            reporter.report(element, attribute.name, found + listOf(choices) + suggestionFor(attribute.value, choices));
+            reporter.report(element, attribute.name, found + oneOf(choices) + suggestionFor(attribute.value, choices));
         }
     });
 }
