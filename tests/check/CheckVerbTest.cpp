@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CheckTest.h"
 
+#include <algorithm>
+
 using nlohmann::json;
 
 namespace {
@@ -212,6 +214,45 @@ TEST_F(CheckVerbTest, TellsOfNamesThatNoGraphFileHas)
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(count(result.err, "settings.txt: error[file-type]"), 1U) << result.err;
     EXPECT_EQ(count(result.err, "error["), 1U) << result.err;
+}
+
+TEST_F(CheckVerbTest, TellsWhenNamesRunOut)
+{
+    std::string sinks;
+    for (int i = 0; i < 8200; ++i) sinks += "<sink name=\"sink" + std::to_string(i) + "\"/>";
+    const ToolRun result = check(edited("descriptor.xml", "</nodes>", sinks + "</nodes>"));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("descriptor.xml:4:1: error[too-many-names]: "), std::string::npos) << result.err;
+}
+
+TEST_F(CheckVerbTest, TellsOfASecondConnectionToASinkAtThePeer)
+{
+    // video_sink has its frames from video:main_out
+    const Fault fault({{"name", "a sink that is taken"},
+                       {"rule", "build"},
+                       {"file", "settings.xml"},
+                       {"find", "peer=\"encoder_sink\""},
+                       {"replace", "^peer=\"video_sink\""}});
+    const json findings = findingsOf(fault);
+    ASSERT_FALSE(findings.empty());
+    const bool isThere = std::any_of(findings.begin(), findings.end(), [&fault](const json& finding) {
+        return finding["rule"] == "build" && finding["where"]["file"] == "settings.xml" &&
+               finding["where"]["line"] == fault.places[0].line && finding["where"]["column"] == fault.places[0].column;
+    });
+    EXPECT_TRUE(isThere) << findings.dump(2);
+}
+
+TEST_F(CheckVerbTest, BuildsNothingOnAnErrorThatIsToldAsAWarning)
+{
+    const Fault mode({{"name", "no such mode"},
+                      {"file", "settings.xml"},
+                      {"after", "key=\"1\""},
+                      {"find", "mode_id=\"full\""},
+                      {"replace", "mode_id=\"ful\""}});
+    const ToolRun result = check(mode, {"-W", "sensor-mode"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(count(result.err, "warning[sensor-mode]"), 1U) << result.err;
+    EXPECT_EQ(count(result.err, "error["), 0U) << result.err;
 }
 
 TEST_F(CheckVerbTest, OrdersFindingsByFileAndLine)

@@ -189,6 +189,19 @@ private:
         return nullptr;
     }
 
+    // The port that the setting leads to a sink by `peer`; null for none.
+    const IGraphConfig* redirectedTo(const std::string& sink) const
+    {
+        NUXO::NodeIterator nodes(&mFailed.settings);
+        while (const IGraphConfig* const node = nodes.iterateDescendants()) {
+            NUXO::NodeIterator ports(node);
+            while (const IGraphConfig* const port = ports.iterateDescendants()) {
+                if (textOf(*port, NUXO_KEY_PEER) == sink) return port;
+            }
+        }
+        return nullptr;
+    }
+
     // What a connection asks of a sink, which has no ports.
     std::optional<BuildFault> inSink(const GraphConfigNode& connection, const End& source, const End& sink,
                                      const GraphConfigNode& result, std::optional<int> status)
@@ -201,13 +214,21 @@ private:
         const IGraphConfig* const node = result.getDescendantByString(name);
         if (!sink.port.empty() || node == nullptr) return std::nullopt;
 
+        const IGraphConfig& place = isRedirected ? *settingsEnd : connection;
+        const uint32_t attribute = isRedirected ? NUXO_KEY_PEER : NUXO_KEY_SINK;
         if (status == StatusDuplicate) {
+            constexpr const char* expected = " as well; expected a sink of its own";
+            Location stated; // a connection's own direction stands in no file
+            if (mSession.locator.locate(node, NUXO_KEY_DIRECTION, stated) != StatusOk) {
+                const IGraphConfig* const other = isRedirected ? nullptr : redirectedTo(name);
+                return other != nullptr
+                           ? at(*other, NUXO_KEY_PEER, named(name) + " is fed by " + named(source.text) + expected)
+                           : at(place, attribute, named(name) + " is fed by another connection" + expected);
+            }
             return at(*node, NUXO_KEY_DIRECTION,
                       "sink " + printable(name) +
                           " states a direction, which it gets from its connection; expected no such attribute");
         }
-        const IGraphConfig& place = isRedirected ? *settingsEnd : connection;
-        const uint32_t attribute = isRedirected ? NUXO_KEY_PEER : NUXO_KEY_SINK;
         const std::string type = textOf(*node, NUXO_KEY_TYPE);
         if (type != "sink") {
             return at(place, attribute,

@@ -5,7 +5,7 @@ namespace NuxoTool {
 
 const char* const kExitCodes = R"help(Exit codes:
   0  done
-  1  findings: a malformed file, no or more than one setting, a graph that cannot be built, an error of the library
+  1  findings: faults in files, no or more than one setting, an error of the library; files that differ (diff, fmt --check)
   2  usage: a bad option or criterion, an unknown format; also a name that no file or vocabulary has
   3  a file cannot be read, or output cannot be written
   4  internal error)help";

@@ -3,12 +3,22 @@
 
 #include "Progress.h"
 
+#include <nuxo/tree/NuxoKeys.h>
+
 #include <algorithm>
 #include <type_traits>
 
 namespace NuxoTool {
 
 namespace {
+
+// The library numbers names in the order in which it meets them; behind these its integer attributes begin.
+constexpr size_t kMostNames = size_t{NUXO_KEY_NUM_START};
+
+bool hasTooManyNames()
+{
+    return NUXO::nuxo_key_map.size() > kMostNames;
+}
 
 bool isAnyOf(const std::string& rule, const Findings& findings)
 {
@@ -75,6 +85,12 @@ CheckRun::File CheckRun::load(const std::string& path, DocumentKind kind)
     // A `type` in the wrong place ends the library's parse, but the document goes on.
     file.isWellFormed = file.graph.complete || (reading.findings.errorCount() == 1 && file.graph.isGraphFile() &&
                                                 isAnyOf("type-before-name", reading.findings));
+    if (hasTooManyNames()) {
+        mReporter.enter("too-many-names", false);
+        mReporter.report(file.graph.root, "with this file there are " + std::to_string(NUXO::nuxo_key_map.size()) +
+                                              " different names; expected at most " + std::to_string(kMostNames));
+        file.isWellFormed = false;
+    }
     if (!file.isWellFormed) return file;
     ++mSummary.files;
     file.document = std::make_unique<XmlDocument>(path);

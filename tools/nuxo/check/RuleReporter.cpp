@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/RuleReporter.h"
 
+#include "check/Rule.h"
 #include "check/RuleSettings.h"
 
 #include <algorithm>
@@ -93,11 +94,14 @@ void RuleReporter::add(const XmlElement* element, const Location& where, const s
     mFired.emplace(mRule, where.file);
     if (severity == RuleSeverity::Warning) {
         mFindings.warning(mRule, where, text);
-        return;
+    } else {
+        mFindings.error(mRule, where, text);
+        mFaultyFiles.insert(where.file);
     }
-    mFindings.error(mRule, where, text);
-    mFaultyFiles.insert(where.file);
-    if (element == nullptr) return;
+    // What is an error by nature has consequences, even when the user wants to hear of it as a warning.
+    const Rule* const rule = ruleOf(mRule);
+    const bool isError = severity == RuleSeverity::Error || (rule != nullptr && rule->severity == RuleSeverity::Error);
+    if (element == nullptr || !isError) return;
     mFaulty.insert(&partOf(*element));
     mNewlyFaulty.insert(element);
 }

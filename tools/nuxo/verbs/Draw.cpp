@@ -4,6 +4,7 @@
 #include "FlowDotRenderer.h"
 #include "FlowFindings.h"
 #include "GraphRequest.h"
+#include "Progress.h"
 #include "ProgramGroups.h"
 #include "draw/Graphviz.h"
 #include "draw/Page.h"
@@ -40,7 +41,10 @@ void drawPage(Session& session)
 {
     GraphRequest request(session);
     Page page(session);
-    for (NUXO::IGraphConfig* const settings : request.findSettings()) {
+    const std::vector<NUXO::IGraphConfig*> chosen = request.findSettings();
+    Progress progress(chosen.size(), "settings");
+    for (NUXO::IGraphConfig* const settings : chosen) {
+        progress.step();
         const BuiltGraph built = request.build(*settings);
         if (built && !page.add(built)) return;
     }

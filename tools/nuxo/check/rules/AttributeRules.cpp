@@ -111,11 +111,21 @@ std::string exampleOf(const AttributeKind& attribute)
     return text;
 }
 
+// Whether an attribute is there, but misspelled, which is told already.
+bool isMisspelled(const XmlElement& element, const std::string& name)
+{
+    return std::any_of(element.attributes.begin(), element.attributes.end(), [&name](const XmlAttribute& attribute) {
+        return !isVocabularyAttribute(attribute.name) && closestOf(attribute.name, {name}) == name;
+    });
+}
+
 void checkMissing(const XmlDocument& document, RuleReporter& reporter)
 {
     for (const PlacedElement& place : knownElements(document)) {
         for (const AttributeKind& attribute : place.kind->attributes) {
-            if (!attribute.required || place.element->attribute(attribute.name) != nullptr) continue;
+            if (!attribute.required || place.element->attribute(attribute.name) != nullptr ||
+                isMisspelled(*place.element, attribute.name))
+                continue;
             const bool isNode = place.kind->id == "node" && attribute.name == "type";
             reporter.report(*place.element, named(place.element->name) + " has no attribute " + named(attribute.name) +
                                                 (isNode ? " and no 'base_node'" : "") +

@@ -58,6 +58,7 @@ std::vector<std::string> portsOf(const ModelNode& node, std::optional<int32_t> d
 std::string unknownPort(const ModelEnd& end)
 {
     const ModelNode& node = *end.node;
+    if (end.port != nullptr && !isKnownElement(end.port->kind)) return ""; // misspelled, which is told there
     if (end.port != nullptr) return named(end.text) + " is a " + end.port->kind + "; expected a port";
     const std::vector<std::string> ports = portsOf(node);
     if (ports.empty()) {

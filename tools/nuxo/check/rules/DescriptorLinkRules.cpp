@@ -69,6 +69,7 @@ std::string endFault(const ModelNode& group, const std::string& text, int32_t po
             return named(end.name) + " is a port of the group; expected " + named(end.name) + " without ':'";
         return "";
     }
+    if (!isKnownElement(part->kind)) return ""; // misspelled, which is told there
     if (!isStage(*part))
         return named(end.name) + " is a " + part->kind + "; expected a port, kernel or routing element";
     if (end.terminal.empty()) {

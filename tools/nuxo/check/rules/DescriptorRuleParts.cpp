@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules/DescriptorRuleParts.h"
-#include "Text.h"
 
 #include "Suggestion.h"
+#include "Text.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"
 
@@ -231,6 +231,12 @@ std::string valueFault(const AttributeKind* attribute, const std::string& text)
     }
     if (number && *number >= attribute->least && *number <= attribute->most) return "";
     return named(text) + " is no value of " + attribute->name + "; expected " + range;
+}
+
+bool isKnownElement(std::string_view name)
+{
+    const VocabularyEntry* const entry = vocabularyEntry(name);
+    return entry != nullptr && entry->isElement;
 }
 
 } // namespace NuxoTool

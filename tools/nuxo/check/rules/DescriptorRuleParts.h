@@ -14,6 +14,9 @@ namespace NuxoTool {
 
 struct AttributeKind;
 
+/// Whether graph files have elements of that name. Others are misspelled, and told of where they stand.
+bool isKnownElement(std::string_view name);
+
 // The rules for descriptors by topic; descriptorRules() has them all.
 std::vector<Rule> connectionRules();
 std::vector<Rule> usageRules();

@@ -64,6 +64,15 @@ std::vector<Rule> readingRules()
          "The library gave the file up and logged why; the finding repeats it. Nothing of the file can be used.",
          {},
          NoRule()},
+        {"too-many-names",
+         RuleSeverity::Error,
+         "more different names than the library can tell from numbers",
+         "Names of nodes, parts and elements that are no words of the vocabulary get keys of their own, in the order "
+         "in "
+         "which they are read. There is room for some 8000; the keys of later ones are those of attributes that hold "
+         "numbers, and width or stream_id are lost. Use names again: parts of different nodes may share theirs.",
+         {},
+         NoRule()},
         {"type-before-name",
          RuleSeverity::Error,
          "an element of a descriptor with 'type' before 'name'",

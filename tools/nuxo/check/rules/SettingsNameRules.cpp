@@ -134,7 +134,7 @@ std::string expectedPart(const SettingPlace& place, const std::vector<std::strin
     const std::string suggestion = holder.empty() ? suggestionFor(name, likely) : holder;
     if (!likely.empty() && likely.size() <= listed)
         return (likely.size() > 1 ? "one of " : "") + quotedList(likely) + suggestion;
-    if (!suggestion.empty()) return "the name of a " + kind + suggestion;
+    if (!suggestion.empty()) return "the name of a " + (kind.empty() ? "part" : kind) + suggestion;
     return "the name of a port, a kernel or another part" + suggestionFor(name, all);
 }
 
