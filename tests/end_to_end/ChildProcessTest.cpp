@@ -142,7 +142,7 @@ TEST_F(ChildProcessTest, LooksForProgramsInAbsoluteDirectoriesOfPath)
     write("program", "");
     const char* const old = getenv("PATH");
     const std::string before = old == nullptr ? "" : old;
-    const auto find = [this](const std::string& directories) {
+    const auto find = [](const std::string& directories) {
         setenv("PATH", directories.c_str(), 1);
         return NuxoTool::findProgram("program");
     };
