@@ -17,7 +17,10 @@ struct ZmtTevUtilsAccess {
     {
         return utils.createPerPgKernelListStructures(pgNode, kernelCount);
     }
-    static int getStreamChains(ZmtTevUtils& utils, StreamChains& chains) { return utils.getStreamChains(utils.indexStreams(), chains); }
+    static int getStreamChains(ZmtTevUtils& utils, StreamChains& chains)
+    {
+        return utils.getStreamChains(utils.indexStreams(), chains);
+    }
     static int getResHistoryForIntermediatePg(const ZmtTevUtils& utils, const IGraphConfig* pg,
                                               const ZmtTevUtils::PortHistories& portHistories,
                                               qv_isp_zmt_resolution_info& history)
