@@ -2,6 +2,7 @@
 #include "DotText.h"
 
 #include "Text.h"
+#include "schema/XmlText.h"
 
 namespace NuxoTool {
 
@@ -12,17 +13,7 @@ std::string dotLabel(const std::string& text)
 
 std::string dotHtml(const std::string& text)
 {
-    std::string out;
-    for (const char c : printable(text)) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
+    return xmlEscaped(printable(text));
 }
 
 std::string dotFont(const std::string& content, const char* colour, int size)

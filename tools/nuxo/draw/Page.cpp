@@ -6,6 +6,7 @@
 #include "Text.h"
 #include "TreeView.h"
 #include "draw/PageTemplate.h"
+#include "schema/XmlText.h"
 
 #include <set>
 
@@ -78,21 +79,6 @@ JsonValue jsonLayout(const Scene& scene)
         if (!edge.label.empty()) json["labels"].push_back({edge.labelAt.x, edge.labelAt.y});
     }
     return json;
-}
-
-std::string escapedForHtml(const std::string& text)
-{
-    std::string out;
-    for (const char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        default: out += c;
-        }
-    }
-    return out;
 }
 
 // JSON that nothing in an HTML document takes for an end of its element. The characters stand in texts only.
@@ -212,7 +198,7 @@ std::string Page::text()
     document["heights"] = {kNodePadding, kNameHeight, kLineHeight};
     document["settings"] = mSettings;
     mTables.addTo(document);
-    return fillPage(escapedForHtml(printable(mSession.arguments.settings)), jsonInHtml(document));
+    return fillPage(xmlEscaped(printable(mSession.arguments.settings)), jsonInHtml(document));
 }
 
 } // namespace NuxoTool

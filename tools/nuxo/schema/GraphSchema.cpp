@@ -129,16 +129,4 @@ const std::vector<const ElementKind*>& settingsKinds()
     return settingsTable().inOrder();
 }
 
-const ElementKind* kindOf(const XmlElement& element)
-{
-    std::vector<const XmlElement*> path;
-    for (const XmlElement* place = &element; place != nullptr; place = place->parent) path.push_back(place);
-    const ElementKind* kind = nullptr;
-    if (path.back()->name == descriptorSchema().name) kind = &descriptorSchema();
-    if (path.back()->name == settingsSchema().name) kind = &settingsSchema();
-    for (auto place = path.rbegin() + 1; place != path.rend() && kind != nullptr; ++place)
-        kind = kind->childKind(**place);
-    return kind;
-}
-
 } // namespace NuxoTool

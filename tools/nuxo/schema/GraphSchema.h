@@ -72,9 +72,6 @@ const ElementKind& settingsSchema();
 const std::vector<const ElementKind*>& descriptorKinds();
 const std::vector<const ElementKind*>& settingsKinds();
 
-/// The kind of an element by its name and by what it stands in; null when it cannot stand there, or its parent cannot.
-const ElementKind* kindOf(const XmlElement& element);
-
 /// A name of the vocabulary of graph files and what it stands for.
 struct VocabularyEntry {
     AttributeKind attribute;  ///< the name; as an attribute: its value; what it means

@@ -32,7 +32,7 @@ private:
     std::vector<std::string> mOpen;
 };
 
-/// @p text with '&', '<', '>' and quotes written as references.
+/// @p text with what mark-up would take for its own written as references: for XML, HTML and labels that look like it.
 std::string xmlEscaped(const std::string& text);
 
 } // namespace NuxoTool
