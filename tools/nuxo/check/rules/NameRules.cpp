@@ -2,14 +2,19 @@
 // Names and numbers by which elements are found: whether they are unique, and whether anything can speak of them.
 #include "Text.h"
 #include "check/rules/FileRules.h"
+#include "document/Expat.h"
 #include "model/DescriptorModel.h"
 
 #include <algorithm>
 #include <map>
+#include <new>
+#include <set>
 
 namespace NuxoTool {
 
 namespace {
+
+constexpr size_t kLongestName = 4096; // beyond it nobody asks for signs of other alphabets
 
 bool isPartKind(const ElementKind& kind)
 {
@@ -96,15 +101,30 @@ void checkDuplicateKeys(const XmlDocument& document, RuleReporter& reporter)
     }
 }
 
+bool isAscii(char character)
+{
+    return static_cast<unsigned char>(character) < 0x80U;
+}
+
 bool isNameStart(char character)
 {
-    const auto byte = static_cast<unsigned char>(character);
-    return (character >= 'a' && character <= 'z') || character == '_' || byte >= 0x80;
+    return (character >= 'a' && character <= 'z') || character == '_' || !isAscii(character);
 }
 
 bool isNameCharacter(char character)
 {
     return isNameStart(character) || (character >= '0' && character <= '9') || character == '.' || character == '-';
+}
+
+// Whether the parser takes a name for an element. Only it knows which signs of all alphabets those may have.
+bool isElementName(const std::string& name)
+{
+    const ExpatPointer parser = makeExpat();
+    const std::string element = '<' + name + "/>";
+    const bool isParsed =
+        XML_Parse(parser.get(), element.data(), static_cast<int>(element.size()), XML_TRUE) == XML_STATUS_OK;
+    if (!isParsed && XML_GetErrorCode(parser.get()) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+    return isParsed;
 }
 
 // What is wrong with a name that an element of settings shall have, "" for nothing.
@@ -116,29 +136,56 @@ std::string nameTrouble(const std::string& name)
     if (name.find(':') != std::string::npos) return "has a ':', which parts the names of a path";
     const auto wrong = std::find_if_not(name.begin(), name.end(), isNameCharacter);
     if (wrong != name.end()) return "has a " + quoted(std::string(1, *wrong)) + ", which element names cannot have";
-    return isNameStart(name[0]) ? "" : "starts with " + quoted(name.substr(0, 1)) + ", which element names cannot";
+    if (!isNameStart(name[0])) return "starts with " + quoted(name.substr(0, 1)) + ", which element names cannot";
+    const bool isPlain = std::all_of(name.begin(), name.end(), isAscii);
+    return isPlain || (name.size() <= kLongestName && isElementName(name)) ? ""
+                                                                           : "has signs that element names cannot have";
 }
 
 std::string mended(const std::string& name)
 {
     std::string better = lowerCase(name);
     for (char& character : better) {
-        if (!isNameCharacter(character)) character = '_';
+        if (!isNameCharacter(character) || !isAscii(character)) character = '_';
     }
     if (better.empty() || nameTrouble(better).empty()) return better;
     return "n" + better;
 }
 
+// Finds better names, by the names that others have in the same place.
+class BetterNames {
+public:
+    /// "" when there is none, or another element has it.
+    std::string of(const XmlElement& element)
+    {
+        const std::string better = mended(element.value("name"));
+        return taken(*element.parent).count(better) > 0 ? "" : better;
+    }
+
+private:
+    const std::set<std::string>& taken(const XmlElement& parent)
+    {
+        std::set<std::string>& names = mTaken[&parent];
+        if (names.empty()) {
+            for (const XmlElement* const child : parent.children) names.insert(filedName(*child));
+        }
+        return names;
+    }
+
+    std::map<const XmlElement*, std::set<std::string>> mTaken; // only looked up
+};
+
 void checkUnaddressable(const XmlDocument& document, RuleReporter& reporter)
 {
     if (!isDescriptor(document)) return;
+    BetterNames betterNames;
     for (const PlacedElement& place : knownElements(document)) {
         const XmlAttribute* const name = place.element->attribute("name");
         const AttributeKind* const kind = place.kind->attribute("name");
         if (name == nullptr || kind == nullptr || kind->value != ValueKind::Name) continue;
         const std::string trouble = nameTrouble(name->value);
         if (trouble.empty()) continue;
-        const std::string better = mended(name->value);
+        const std::string better = betterNames.of(*place.element);
         reporter.report(*place.element, "name",
                         "the name " + quoted(name->value) + ' ' + trouble +
                             ", so settings cannot speak of it; expected lower case letters, digits and '_'" +
