@@ -188,6 +188,26 @@ TEST_F(CheckVerbTest, ChecksSettingsByThemselvesWhenTheDescriptorIsMalformed)
     EXPECT_NE(result.err.find("settings.xml:1:42: error[integer-value]"), std::string::npos) << result.err;
 }
 
+TEST_F(CheckVerbTest, LooksAtAFileOnce)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "settings.xml", "settings.xml"});
+    EXPECT_EQ(result.out, "checked 2 files, built 3 settings: 0 errors, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, TellsWhenFilesAreSwapped)
+{
+    const ToolRun result = run({"check", "settings.xml", "descriptor.xml"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("the document's element is 'graph_settings'; expected 'graph_descriptor'"),
+              std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("note: the two files look swapped; expected DESCRIPTOR before SETTINGS"),
+              std::string::npos)
+        << result.err;
+    // Swapped or not: neither file is told of anything else.
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '['), 2) << result.err;
+}
+
 TEST_F(CheckVerbTest, EndsWithTheCodeOfWhatCannotBeRead)
 {
     const ToolRun result = run({"check", "descriptor.xml", "missing.xml"});

@@ -82,6 +82,36 @@ TEST_F(XmlDocumentTest, AttributesStandAtTheirElementWhereBytesAreNoCharacters)
     EXPECT_EQ(listedText(wide), "a 1:3\na/b 2:2\n  c=1 2:2\n");
 }
 
+TEST_F(XmlDocumentTest, KeepsTextBetweenElements)
+{
+    write("document.xml", "<a>\n <b> x <!-- no --> y </b>\n\t z&lt;<c/>&amp;</a>");
+    const XmlDocument document(path("document.xml"));
+    std::string lines;
+    for (const NuxoTool::StrayText& stray : document.texts()) {
+        lines += stray.parent->name + ' ' + text(document.locate(stray)) + ' ' + stray.text + '\n';
+    }
+    EXPECT_EQ(lines, "b 2:6 x  y\na 3:3 z<\na 3:12 &\n");
+}
+
+TEST_F(XmlDocumentTest, KeepsTheBeginningOfLongText)
+{
+    write("document.xml", "<a>" + std::string(100000, 'x') + "</a>");
+    const XmlDocument document(path("document.xml"));
+    ASSERT_EQ(document.texts().size(), 1U);
+    EXPECT_EQ(document.texts()[0].text, std::string(60, 'x'));
+}
+
+TEST_F(XmlDocumentTest, MarksRepeatedAttributes)
+{
+    write("document.xml", "<a b='1' c='2' B='3'/>");
+    const XmlDocument document(path("document.xml"));
+    const auto& attributes = document.root()->attributes;
+    ASSERT_EQ(attributes.size(), 3U);
+    EXPECT_FALSE(attributes[0].isRepeated);
+    EXPECT_FALSE(attributes[1].isRepeated);
+    EXPECT_TRUE(attributes[2].isRepeated);
+}
+
 TEST_F(XmlDocumentTest, KeepsWhatStandsBeforeAnError)
 {
     EXPECT_EQ(listedText("<a><b/><c d='1' d='2'/><e/></a>"), "a 1:1\na/b 1:4\n");

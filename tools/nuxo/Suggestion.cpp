@@ -15,7 +15,8 @@ namespace NuxoTool {
 
 namespace {
 
-constexpr size_t kLongestName = 64; // longer names are no typing errors
+constexpr size_t kLongestName = 64;      // longer names are no typing errors
+constexpr size_t kShortenedDistance = 1; // of a name that lacks a word, see isShortened
 
 // Names of the vocabulary that mark ranges or nothing and name no element or attribute.
 bool isMarker(const std::string& name)
@@ -49,18 +50,40 @@ size_t editDistance(const std::string& a, const std::string& b)
     return last[b.size()];
 }
 
+// Of one letter in three.
+size_t farthestOf(const std::string& name, const std::string& candidate)
+{
+    return std::max<size_t>(std::max(name.size(), candidate.size()) / 3, 1);
+}
+
+// Whether a name is a whole word at the start or the end of the candidate, as `mode` of `mode_id`.
+bool isShortened(const std::string& name, const std::string& candidate)
+{
+    constexpr size_t shortestWord = 3;
+    if (name.size() < shortestWord || name.size() >= candidate.size()) return false;
+    return startsWith(candidate, name + '_') || candidate.substr(candidate.size() - name.size() - 1) == '_' + name;
+}
+
+// Without regard to case; anything above @p farthest for names that are farther apart.
+size_t distanceOf(const std::string& name, const std::string& candidate, size_t farthest)
+{
+    const std::string lowerName = lowerCase(name);
+    const std::string lowerCandidate = lowerCase(candidate);
+    if (isShortened(lowerName, lowerCandidate)) return kShortenedDistance;
+    return lengthDifference(name, candidate) > farthest ? farthest + 1 : editDistance(lowerName, lowerCandidate);
+}
+
 } // namespace
 
 std::string closestOf(const std::string& name, const std::vector<std::string>& candidates)
 {
     if (name.empty() || name.size() > kLongestName) return "";
-    const size_t farthest = std::max<size_t>(name.size() / 3, 1);
-    std::pair<size_t, size_t> best = {farthest, kLongestName + 1}; // distance without and with regard to case
+    std::pair<size_t, size_t> best = {kLongestName, kLongestName + 1}; // distance without and with regard to case
     std::string closest;
     for (const std::string& candidate : candidates) {
-        if (lengthDifference(candidate, name) > best.first) continue;
-        const size_t distance = editDistance(lowerCase(name), lowerCase(candidate));
-        if (distance > best.first) continue;
+        const size_t farthest = std::min(best.first, farthestOf(name, candidate));
+        const size_t distance = distanceOf(name, candidate, farthest);
+        if (distance > farthest) continue;
         const std::pair<size_t, size_t> both = {distance, editDistance(name, candidate)};
         if (both >= best) continue;
         best = both;
@@ -69,10 +92,15 @@ std::string closestOf(const std::string& name, const std::vector<std::string>& c
     return closest;
 }
 
+std::string didYouMean(const std::string& name)
+{
+    return "; did you mean '" + name + "'?";
+}
+
 std::string suggestionFor(const std::string& name, const std::vector<std::string>& candidates)
 {
     const std::string closest = closestOf(name, candidates);
-    return closest.empty() ? "" : "; did you mean '" + closest + "'?";
+    return closest.empty() ? "" : didYouMean(closest);
 }
 
 std::string suggestionFor(const std::string& name)

@@ -11,7 +11,10 @@ namespace NuxoTool {
 /// close ones, then the order.
 std::string closestOf(const std::string& name, const std::vector<std::string>& candidates);
 
-/// "; did you mean 'img_sink'?" for the closest candidate, "" when none is close.
+/// "; did you mean 'img_sink'?"
+std::string didYouMean(const std::string& name);
+
+/// The same for the closest candidate, "" when none is close.
 std::string suggestionFor(const std::string& name, const std::vector<std::string>& candidates);
 
 /// The same for the names of the vocabulary.

@@ -2,10 +2,12 @@
 #include "check/CheckRun.h"
 
 #include "Progress.h"
+#include "check/MeantNames.h"
 
 #include <nuxo/tree/NuxoKeys.h>
 
 #include <algorithm>
+#include <iterator>
 #include <type_traits>
 
 namespace NuxoTool {
@@ -30,12 +32,8 @@ bool isAnyOf(const std::string& rule, const Findings& findings)
 const XmlElement* modeOf(const ModelSetting& setting, const SettingsModel& model)
 {
     const XmlElement* const sensor = setting.element->child("sensor");
-    if (sensor == nullptr) return nullptr;
-    const auto& modes = model.sensorModes();
-    const auto found = std::find_if(modes.begin(), modes.end(), [sensor](const ModelSensorMode& mode) {
-        return mode.id == sensor->value("mode_id");
-    });
-    return found == modes.end() ? nullptr : found->element;
+    const ModelSensorMode* const mode = sensor == nullptr ? nullptr : model.sensorMode(sensor->value("mode_id"));
+    return mode == nullptr ? nullptr : mode->element;
 }
 
 } // namespace
@@ -47,10 +45,13 @@ CheckRun::CheckRun(Session& session, const RuleSettings& rules) : mSession(sessi
 CheckSummary CheckRun::run()
 {
     checkDescriptor();
-    for (const std::string& path : mSession.arguments.files) checkSettings(path);
-    reportMissingKeys();
     std::vector<std::string> files = {mSession.arguments.descriptor};
-    files.insert(files.end(), mSession.arguments.files.begin(), mSession.arguments.files.end());
+    for (const std::string& path : mSession.arguments.files) {
+        if (std::find(std::next(files.begin()), files.end(), path) != files.end()) continue; // nothing new
+        checkSettings(path);
+        files.push_back(path);
+    }
+    reportMissingKeys();
     mFindings.sortByPlace(files);
     mSession.findings.append(mFindings);
     return mSummary;
@@ -94,6 +95,7 @@ CheckRun::File CheckRun::load(const std::string& path, DocumentKind kind)
     if (!file.isWellFormed) return file;
     ++mSummary.files;
     file.document = std::make_unique<XmlDocument>(path);
+    readAsMeant(*file.document);
     runRules<FileRule>({file.document.get()}, *file.document);
     return file;
 }
@@ -109,6 +111,8 @@ void CheckRun::checkDescriptor()
 void CheckRun::checkSettings(const std::string& path)
 {
     const File file = load(path, DocumentKind::Settings);
+    if (file.graph.isDescriptor() && mDescriptor.graph.isSettings())
+        mReporter.note(Location(), "the two files look swapped; expected DESCRIPTOR before SETTINGS");
     if (!file.isWellFormed || mModel == nullptr) return;
     const SettingsModel model(*file.document, *mModel);
     chooseSettings(model);
@@ -156,20 +160,32 @@ void CheckRun::reportMissingKeys()
     }
 }
 
-bool CheckRun::isBuildable(const ModelSetting& setting, const SettingsModel& model) const
+bool CheckRun::isSound(const XmlElement& part) const
+{
+    const XmlElement* const around = part.parent;
+    return !mReporter.hasErrors(part) && (around == nullptr || !mReporter.hasErrors(*around));
+}
+
+bool CheckRun::isSound(const ModelGraph& graph)
+{
+    // Every setting asks, and only a new finding changes the answer.
+    SoundGraph& known = mSoundGraphs[&graph];
+    if (known.partsWithErrors == mReporter.partsWithErrors()) return known.isSound;
+    known.partsWithErrors = mReporter.partsWithErrors();
+    known.isSound = isSound(*graph.element) &&
+                    std::all_of(graph.nodes().begin(), graph.nodes().end(), [this](const ModelNode* node) {
+                        return isSound(*node->element) && (node->base == nullptr || isSound(*node->base));
+                    });
+    return known.isSound;
+}
+
+bool CheckRun::isBuildable(const ModelSetting& setting, const SettingsModel& model)
 {
     std::vector<const XmlElement*> parts = {setting.element, model.document().root(), mDescriptor.document->root()};
     if (const XmlElement* const mode = modeOf(setting, model)) parts.push_back(mode);
     if (model.sensorModesElement() != nullptr) parts.push_back(model.sensorModesElement());
-    if (setting.graph != nullptr) {
-        parts.push_back(setting.graph->element);
-        for (const ModelNode* const node : setting.graph->nodes()) {
-            parts.push_back(node->element);
-            if (node->base != nullptr) parts.push_back(node->base);
-        }
-    }
-    return std::none_of(parts.begin(), parts.end(),
-                        [this](const XmlElement* part) { return mReporter.hasErrors(*part); });
+    return std::all_of(parts.begin(), parts.end(), [this](const XmlElement* part) { return isSound(*part); }) &&
+           (setting.graph == nullptr || isSound(*setting.graph));
 }
 
 void CheckRun::buildSettings(const SettingsModel& model, const GraphFile& file)

@@ -12,6 +12,7 @@
 #include "model/SettingsModel.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -45,7 +46,11 @@ private:
     void checkDescriptor();
     void checkSettings(const std::string& path);
     void buildSettings(const SettingsModel& model, const GraphFile& file);
-    bool isBuildable(const ModelSetting& setting, const SettingsModel& model) const;
+    /// Whether neither a part of a file nor what holds it has an error.
+    bool isSound(const XmlElement& part) const;
+    /// Whether that goes for a graph and all of its nodes.
+    bool isSound(const ModelGraph& graph);
+    bool isBuildable(const ModelSetting& setting, const SettingsModel& model);
     void chooseSettings(const SettingsModel& model);
     bool isChosen(const ModelSetting& setting) const;
     void reportMissingKeys();
@@ -53,12 +58,18 @@ private:
     void runRules(const std::vector<const XmlDocument*>& documents, const Subjects&... subjects);
     bool needsAreMet(const Rule& rule, const std::vector<const XmlDocument*>& documents) const;
 
+    struct SoundGraph {
+        std::optional<size_t> partsWithErrors; ///< when that was found out
+        bool isSound = false;
+    };
+
     Session& mSession;
     Findings mFindings;
     RuleReporter mReporter;
     CheckSummary mSummary;
     File mDescriptor;
-    std::unique_ptr<DescriptorModel> mModel; ///< null when the descriptor cannot be used
+    std::unique_ptr<DescriptorModel> mModel;              ///< null when the descriptor cannot be used
+    std::map<const ModelGraph*, SoundGraph> mSoundGraphs; // only looked up
     std::set<int32_t> mFoundKeys;
     std::set<int32_t> mAllKeys;
 };

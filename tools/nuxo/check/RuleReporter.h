@@ -5,6 +5,7 @@
 #include "Findings.h"
 #include "document/XmlDocument.h"
 
+#include <cstddef>
 #include <set>
 #include <string>
 #include <string_view>
@@ -36,6 +37,7 @@ public:
 
     /// Whether an error stands in a part of a document, see partOf.
     bool hasErrors(const XmlElement& part) const { return mFaulty.count(&part) > 0; }
+    size_t partsWithErrors() const { return mFaulty.size(); }
     /// What an element belongs to, itself or around it: an element right below `nodes`, `graphs`, `sensor_modes` or the
     /// document's element, the document's element for what stands in none of these.
     static const XmlElement& partOf(const XmlElement& element);

@@ -10,10 +10,14 @@
 #include <algorithm>
 #include <charconv>
 #include <new>
+#include <unordered_set>
 
 namespace NuxoTool {
 
 namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr size_t kShownText = 60; // bytes of a text that somebody may want to see
 
 // Gives the places of the attributes in the bytes of a start tag one by one.
 class StartTagScan {
@@ -79,6 +83,30 @@ struct XmlDocumentReader {
         open.push_back(&element);
     }
 
+    // Expat gives the text between two marks in pieces: the first one that is not blank gives the place.
+    void addText(std::string_view piece)
+    {
+        const size_t start = piece.find_first_not_of(kBlanks);
+        if (start == std::string_view::npos && !isInText) return;
+        if (!isInText) {
+            const bool isPlain =
+                bytesOfEvent(parser).substr(0, piece.size()) == piece; // no reference to something else
+            document.mTexts.push_back({"", open.back(), expatOffset(parser) + (isPlain ? start : 0)});
+            piece.remove_prefix(start);
+            isInText = true;
+        }
+        std::string& text = document.mTexts.back().text;
+        if (text.size() < kShownText) text += piece.substr(0, kShownText - text.size());
+    }
+
+    void endText()
+    {
+        if (!isInText) return;
+        isInText = false;
+        std::string& text = document.mTexts.back().text;
+        text.erase(text.find_last_not_of(kBlanks) + 1);
+    }
+
     // Those that a DOCTYPE adds stand behind the ones of the tag and have no place.
     void addAttributes(XmlElement& element, const char** attributes) const
     {
@@ -89,8 +117,15 @@ struct XmlDocumentReader {
         StartTagScan scan(bytesOfEvent(parser));
         for (size_t i = 0; i < count; ++i) {
             const uint32_t offset = i < written ? scan.next() : 0;
-            element.attributes.push_back({lowerCase(attributes[2 * i]), attributes[2 * i + 1], offset});
+            element.attributes.push_back({lowerCase(attributes[2 * i]), attributes[2 * i + 1], offset, false, ""});
         }
+        markRepeated(element.attributes);
+    }
+
+    static void markRepeated(std::vector<XmlAttribute>& attributes)
+    {
+        std::unordered_set<std::string_view> names;
+        for (XmlAttribute& attribute : attributes) attribute.isRepeated = !names.insert(attribute.name).second;
     }
 
     static void onStart(void* data, const char* name, const char** attributes)
@@ -100,18 +135,34 @@ struct XmlDocumentReader {
             XML_StopParser(reader.parser, XML_FALSE);
             return;
         }
-        try {
+        reader.guarded([&] {
+            reader.endText();
             reader.addElement(name, attributes);
+        });
+    }
+
+    static void onText(void* data, const char* text, int size)
+    {
+        XmlDocumentReader& reader = *static_cast<XmlDocumentReader*>(data);
+        if (reader.open.empty()) return;
+        reader.guarded([&] { reader.addText({text, static_cast<size_t>(size)}); });
+    }
+
+    // No exception may pass through the parser's frames.
+    template <typename Action> void guarded(Action action)
+    {
+        try {
+            action();
         } catch (const std::bad_alloc&) {
-            // No exception may pass through the parser's frames.
-            reader.outOfMemory = true;
-            XML_StopParser(reader.parser, XML_FALSE);
+            outOfMemory = true;
+            XML_StopParser(parser, XML_FALSE);
         }
     }
 
     static void onEnd(void* data, const char* /*name*/)
     {
         XmlDocumentReader& reader = *static_cast<XmlDocumentReader*>(data);
+        reader.endText();
         if (!reader.open.empty()) reader.open.pop_back();
     }
 
@@ -119,6 +170,7 @@ struct XmlDocumentReader {
     XML_Parser parser;
     std::vector<XmlElement*> open;
     uint64_t bytesSeen = 0;
+    bool isInText = false;
     bool outOfMemory = false;
 };
 
@@ -164,6 +216,7 @@ XmlDocument::XmlDocument(const std::string& path) : mPath(path), mLineStarts{0}
     XmlDocumentReader reader(*this, parser.get());
     XML_SetUserData(parser.get(), &reader);
     XML_SetElementHandler(parser.get(), XmlDocumentReader::onStart, XmlDocumentReader::onEnd);
+    XML_SetCharacterDataHandler(parser.get(), XmlDocumentReader::onText);
     FileBytes bytes(path);
     const bool parsed =
         feedExpat(parser.get(), bytes, [&reader](std::string_view piece) { reader.addLineStarts(piece); });
@@ -179,6 +232,11 @@ Location XmlDocument::locate(const XmlElement& element) const
 Location XmlDocument::locate(const XmlElement& element, const XmlAttribute& attribute) const
 {
     return locateByte(element.offset + attribute.offset);
+}
+
+Location XmlDocument::locate(const StrayText& text) const
+{
+    return locateByte(text.offset);
 }
 
 Location XmlDocument::locateByte(uint64_t offset) const

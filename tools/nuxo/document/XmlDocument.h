@@ -15,11 +15,24 @@ namespace NuxoTool {
 
 class XmlDocument;
 
+struct XmlElement;
+
 /// An attribute as it is written in a file.
 struct XmlAttribute {
-    std::string name;    ///< in lower case, as graph files are matched
-    std::string value;   ///< references to characters and entities replaced
-    uint32_t offset = 0; ///< bytes from the element's '<' to the attribute's name; 0 when it is not known
+    std::string name;        ///< in lower case, as graph files are matched
+    std::string value;       ///< references to characters and entities replaced
+    uint32_t offset = 0;     ///< bytes from the element's '<' to the attribute's name; 0 when it is not known
+    bool isRepeated = false; ///< the element has one of this name before it
+    std::string misspelled;  ///< what is written instead when `name` is only what is meant, "" otherwise
+
+    const std::string& writtenName() const { return misspelled.empty() ? name : misspelled; }
+};
+
+/// Text between elements, where graph files have none.
+struct StrayText {
+    std::string text;                   ///< without blanks around it; only its beginning when it is long
+    const XmlElement* parent = nullptr; ///< that it stands in
+    uint64_t offset = 0;                ///< of its first byte that is not blank, in bytes of the file's text
 };
 
 /// An element as it is written in a file.
@@ -30,7 +43,9 @@ struct XmlElement {
     std::vector<XmlAttribute> attributes;    ///< in the order of the file
     std::vector<const XmlElement*> children; ///< likewise
     uint64_t offset = 0;                     ///< of the '<', in bytes of the file's text
+    std::string misspelled; ///< what is written instead when `name` is only what is meant, "" otherwise
 
+    const std::string& writtenName() const { return misspelled.empty() ? name : misspelled; }
     /// The first attribute of that name (in lower case), null when there is none.
     const XmlAttribute* attribute(std::string_view name) const;
     /// Its value, "" when there is none.
@@ -56,11 +71,17 @@ public:
     const XmlElement* root() const { return mElements.empty() ? nullptr : &mElements.front(); }
     /// All elements in the order of the file.
     const std::deque<XmlElement>& elements() const { return mElements; }
+    /// The same, to be told what misspelled names mean.
+    std::deque<XmlElement>& elements() { return mElements; }
+    /// All texts between elements that are more than blanks, in the order of the file.
+    const std::vector<StrayText>& texts() const { return mTexts; }
 
     /// Where an element starts.
     Location locate(const XmlElement& element) const;
     /// Where an attribute of it starts.
     Location locate(const XmlElement& element, const XmlAttribute& attribute) const;
+    /// Where a text starts.
+    Location locate(const StrayText& text) const;
 
 private:
     friend struct XmlDocumentReader;
@@ -68,6 +89,7 @@ private:
 
     std::string mPath;
     std::deque<XmlElement> mElements;
+    std::vector<StrayText> mTexts;
     std::vector<uint64_t> mLineStarts;
 };
 

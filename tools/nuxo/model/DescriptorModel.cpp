@@ -95,6 +95,18 @@ std::optional<ModelValue> valueOfElement(const XmlElement& element, const std::s
     return ModelValue{attribute->value, &element, attribute->name.c_str()};
 }
 
+std::vector<const ModelNode*> nodesAt(const std::vector<ModelConnection>& connections)
+{
+    std::vector<const ModelNode*> all;
+    std::set<const ModelNode*> seen;
+    for (const ModelConnection& connection : connections) {
+        for (const ModelNode* const node : {connection.source.node, connection.sink.node}) {
+            if (node != nullptr && seen.insert(node).second) all.push_back(node);
+        }
+    }
+    return all;
+}
+
 } // namespace
 
 const std::string& filedName(const XmlElement& element)
@@ -191,18 +203,6 @@ std::optional<int32_t> ModelNode::integer(std::string_view path) const
     return found ? wholeInteger(found->text) : std::nullopt;
 }
 
-std::vector<const ModelNode*> ModelGraph::nodes() const
-{
-    std::vector<const ModelNode*> all;
-    std::set<const ModelNode*> seen;
-    for (const ModelConnection& connection : connections) {
-        for (const ModelNode* const node : {connection.source.node, connection.sink.node}) {
-            if (node != nullptr && seen.insert(node).second) all.push_back(node);
-        }
-    }
-    return all;
-}
-
 DescriptorModel::DescriptorModel(const XmlDocument& document) : mDocument(document)
 {
     if (document.root() == nullptr) return;
@@ -248,6 +248,8 @@ void DescriptorModel::addGraph(const XmlElement& element)
         graph.connections.push_back({child, endOf(child->value("source")), endOf(child->value("sink")),
                                      isStatic != nullptr && isStatic->value != "false"});
     }
+    graph.nodesAtEnds = nodesAt(graph.connections);
+    if (graph.id) mGraphsById.emplace(*graph.id, &graph);
 }
 
 const ModelNode* DescriptorModel::node(std::string_view name) const
@@ -258,9 +260,8 @@ const ModelNode* DescriptorModel::node(std::string_view name) const
 
 const ModelGraph* DescriptorModel::graph(int32_t id) const
 {
-    const auto found =
-        std::find_if(mGraphs.begin(), mGraphs.end(), [id](const ModelGraph& each) { return each.id == id; });
-    return found == mGraphs.end() ? nullptr : &*found;
+    const auto found = mGraphsById.find(id);
+    return found == mGraphsById.end() ? nullptr : found->second;
 }
 
 const ModelNode* DescriptorModel::baseOf(const ModelNode& node) const

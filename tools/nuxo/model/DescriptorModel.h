@@ -111,9 +111,10 @@ struct ModelGraph {
     const XmlElement* element = nullptr;
     std::optional<int32_t> id;
     std::vector<ModelConnection> connections;
-    std::vector<const XmlElement*> overrides; ///< its `apply` elements
+    std::vector<const XmlElement*> overrides;  ///< its `apply` elements
+    std::vector<const ModelNode*> nodesAtEnds; ///< see nodes()
     /// Nodes at the ends of its connections, each once, in the order of the connections.
-    std::vector<const ModelNode*> nodes() const;
+    const std::vector<const ModelNode*>& nodes() const { return nodesAtEnds; }
 };
 
 /// What a descriptor declares, put together by name. What does not resolve stays null: rules tell of it.
@@ -140,6 +141,7 @@ private:
     const XmlDocument& mDocument;
     std::deque<ModelNode> mNodes;
     std::deque<ModelGraph> mGraphs;
+    std::map<int32_t, const ModelGraph*> mGraphsById;
     std::map<std::string, const ModelNode*, std::less<>> mNodesByName;
     std::map<const XmlElement*, const ModelNode*> mNodesByElement;
 

@@ -32,11 +32,21 @@ SettingsModel::SettingsModel(const XmlDocument& document, const DescriptorModel&
 {
     const XmlElement* root = document.root();
     if (root == nullptr) return;
+    size_t index = 0;
     for (const XmlElement* child : root->children) {
-        if (child->name == "settings") mSettings.push_back(makeSetting(*child, mSettings.size(), descriptor));
+        if (child->name != "settings") continue;
+        mSettings.push_back(makeSetting(*child, index, descriptor));
+        if (child->misspelled.empty()) ++index;
     }
     mModesElement = root->child("sensor_modes");
     if (mModesElement != nullptr) mModes = modesBelow(*mModesElement);
+    for (size_t i = 0; i < mModes.size(); ++i) mModesById.emplace(mModes[i].id, i);
+}
+
+const ModelSensorMode* SettingsModel::sensorMode(std::string_view id) const
+{
+    const auto found = mModesById.find(id);
+    return found == mModesById.end() ? nullptr : &mModes[found->second];
 }
 
 std::string SettingsModel::version() const

@@ -7,8 +7,11 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace NuxoTool {
@@ -16,7 +19,8 @@ namespace NuxoTool {
 /// A `settings` element: one use case.
 struct ModelSetting {
     const XmlElement* element = nullptr;
-    size_t index = 0; ///< among the settings of the file, in its order
+    /// Among the settings that the library sees in the file, in its order. A misspelled element has that of the next one.
+    size_t index = 0;
     std::optional<int32_t> key;
     std::optional<int32_t> graphId;
     const ModelGraph* graph = nullptr; ///< null when the descriptor has none of that number
@@ -38,6 +42,8 @@ public:
     const XmlDocument& document() const { return mDocument; }
     const std::deque<ModelSetting>& settings() const { return mSettings; }
     const std::vector<ModelSensorMode>& sensorModes() const { return mModes; }
+    /// The first of that name, null when there is none.
+    const ModelSensorMode* sensorMode(std::string_view id) const;
     /// The `sensor_modes` element, null when there is none.
     const XmlElement* sensorModesElement() const { return mModesElement; }
     std::string version() const;
@@ -46,6 +52,7 @@ private:
     const XmlDocument& mDocument;
     std::deque<ModelSetting> mSettings;
     std::vector<ModelSensorMode> mModes;
+    std::map<std::string, size_t, std::less<>> mModesById;
     const XmlElement* mModesElement = nullptr;
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <iterator>
 #include <map>
 
 namespace NuxoTool {
@@ -70,6 +71,14 @@ bool isDerived(const XmlElement& node)
     return node.attribute("type") == nullptr && node.child("attribute") != nullptr;
 }
 
+// Elements that hold a file together: nothing is named after them.
+bool isOfStructure(const std::string& name)
+{
+    constexpr const char* names[] = {"graph_descriptor", "nodes",    "graphs",
+                                     "graph_settings",   "settings", "sensor_modes"};
+    return std::any_of(std::begin(names), std::end(names), [&name](const char* other) { return name == other; });
+}
+
 } // namespace
 
 const ElementKind* ElementKind::childKind(const XmlElement& child) const
@@ -80,7 +89,7 @@ const ElementKind* ElementKind::childKind(const XmlElement& child) const
         return kind;
     }
     if (namedChild != nullptr && child.attribute("name") != nullptr) return namedChild;
-    if (openChild == nullptr) return nullptr;
+    if (openChild == nullptr || isOfStructure(child.name)) return nullptr;
     return closestOf(child.name, childNames()).empty() ? openChild : nullptr; // misspelled otherwise
 }
 
@@ -119,6 +128,14 @@ const ElementKind& settingsSchema()
     return *settingsKinds().front();
 }
 
+const ElementKind* kindOfRoot(const XmlElement& root)
+{
+    for (const ElementKind* const kind : {&descriptorSchema(), &settingsSchema()}) {
+        if (kind->name == root.name) return kind;
+    }
+    return nullptr;
+}
+
 const std::vector<const ElementKind*>& descriptorKinds()
 {
     return descriptorTable().inOrder();
@@ -127,6 +144,12 @@ const std::vector<const ElementKind*>& descriptorKinds()
 const std::vector<const ElementKind*>& settingsKinds()
 {
     return settingsTable().inOrder();
+}
+
+bool isVocabularyAttribute(std::string_view name)
+{
+    const VocabularyEntry* const entry = vocabularyEntry(name);
+    return entry != nullptr && entry->isAttribute;
 }
 
 } // namespace NuxoTool

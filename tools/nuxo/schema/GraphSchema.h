@@ -68,6 +68,8 @@ struct ElementKind {
 const ElementKind& descriptorSchema();
 /// The document's element of settings files.
 const ElementKind& settingsSchema();
+/// The one of them that is named like a document's element, null when none is.
+const ElementKind* kindOfRoot(const XmlElement& root);
 /// All kinds of either file, the document's element first, each before its children.
 const std::vector<const ElementKind*>& descriptorKinds();
 const std::vector<const ElementKind*>& settingsKinds();
@@ -84,6 +86,8 @@ struct VocabularyEntry {
 const std::vector<VocabularyEntry>& vocabulary();
 /// The entry of a name in lower case, null when it is outside the vocabulary.
 const VocabularyEntry* vocabularyEntry(std::string_view name);
+/// Whether there are attributes of a name in lower case.
+bool isVocabularyAttribute(std::string_view name);
 /// An attribute that elements of settings may have whatever they are named after; null when settings cannot change it.
 const AttributeKind* settingsAttribute(std::string_view name);
 /// All of these, in alphabetic order.

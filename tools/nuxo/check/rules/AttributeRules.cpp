@@ -2,6 +2,7 @@
 // Attributes: whether there are such, where they count, and which ones an element cannot do without.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/MeantNames.h"
 #include "check/rules/FileRules.h"
 
 #include <algorithm>
@@ -15,27 +16,12 @@ bool isXmlOwn(const std::string& name)
     return name == "xmlns" || name.find(':') != std::string::npos; // schema locations and the like
 }
 
-bool isVocabularyAttribute(const std::string& name)
-{
-    const VocabularyEntry* const entry = vocabularyEntry(name);
-    return entry != nullptr && entry->isAttribute;
-}
-
-std::vector<std::string> vocabularyAttributes()
-{
-    std::vector<std::string> names;
-    for (const VocabularyEntry& entry : vocabulary()) {
-        if (entry.isAttribute) names.push_back(entry.attribute.name);
-    }
-    return names;
-}
-
 // Calls the visitor with each attribute but those of XML itself and repeated ones.
 template <typename Visit> void forEachAttribute(const XmlDocument& document, Visit visit)
 {
     for (const PlacedElement& place : knownElements(document)) {
         for (const XmlAttribute& attribute : place.element->attributes) {
-            if (isXmlOwn(attribute.name) || place.element->attribute(attribute.name) != &attribute) continue;
+            if (isXmlOwn(attribute.name) || attribute.isRepeated) continue;
             visit(place, attribute);
         }
     }
@@ -44,14 +30,15 @@ template <typename Visit> void forEachAttribute(const XmlDocument& document, Vis
 void checkUnknown(const XmlDocument& document, RuleReporter& reporter)
 {
     forEachAttribute(document, [&](const PlacedElement& place, const XmlAttribute& attribute) {
-        if (isVocabularyAttribute(attribute.name)) return;
-        std::string suggestion = suggestionFor(attribute.name, place.kind->attributeNames());
-        if (suggestion.empty()) suggestion = suggestionFor(attribute.name, vocabularyAttributes());
+        const std::string& name = attribute.writtenName();
+        if (isVocabularyAttribute(name)) return;
+        const std::string meant = meantAttribute(*place.kind, name);
         const std::string expected =
             place.kind->takesSettings ? "a name of the vocabulary" : oneOf(place.kind->attributeNames());
         reporter.report(*place.element, attribute.name,
-                        "unknown attribute " + named(attribute.name) + " of " + named(place.element->name) +
-                            ", which no query can find; expected " + expected + suggestion);
+                        "unknown attribute " + named(name) + " of " + named(place.element->writtenName()) +
+                            ", which no query can find; expected " + expected +
+                            (meant.empty() ? "" : didYouMean(meant)));
     });
 }
 
@@ -81,7 +68,8 @@ std::string expectedInstead(const PlacedElement& place, const XmlAttribute& attr
 void checkMisplaced(const XmlDocument& document, RuleReporter& reporter)
 {
     forEachAttribute(document, [&](const PlacedElement& place, const XmlAttribute& attribute) {
-        if (!isVocabularyAttribute(attribute.name) || place.kind->attribute(attribute.name) != nullptr) return;
+        const bool isUnknown = !isVocabularyAttribute(attribute.writtenName());
+        if (isUnknown || place.kind->attribute(attribute.name) != nullptr) return;
         reporter.report(*place.element, attribute.name,
                         named(place.element->name) + " has the attribute " + named(attribute.name) + ", which " +
                             reasonAgainst(place, attribute) + "; expected " + expectedInstead(place, attribute));
@@ -93,43 +81,34 @@ void checkDuplicates(const XmlDocument& document, RuleReporter& reporter)
 {
     for (const XmlElement& element : document.elements()) {
         for (const XmlAttribute& attribute : element.attributes) {
-            const XmlAttribute* const first = element.attribute(attribute.name);
-            if (first == &attribute) continue;
+            if (!attribute.isRepeated) continue;
             reporter.report(document.locate(element, attribute),
                             "attribute " + named(attribute.name) + " stands twice in " + named(element.name) +
                                 ": case does not matter; expected it once, the first one counts");
-            reporter.note(document.locate(element, *first), "the first one is here");
+            reporter.note(document.locate(element, *element.attribute(attribute.name)), "the first one is here");
         }
     }
 }
 
-std::string exampleOf(const AttributeKind& attribute)
+// What an attribute says, as it stands in brackets.
+std::string meaningOf(const AttributeKind& attribute)
 {
     if (attribute.value == ValueKind::Choice) return oneOf(attribute.choices);
     std::string text = attribute.documentation.substr(0, attribute.documentation.find(". "));
     if (!text.empty() && text.back() == '.') text.pop_back();
-    return text;
-}
-
-// Whether an attribute is there, but misspelled, which is told already.
-bool isMisspelled(const XmlElement& element, const std::string& name)
-{
-    return std::any_of(element.attributes.begin(), element.attributes.end(), [&name](const XmlAttribute& attribute) {
-        return !isVocabularyAttribute(attribute.name) && closestOf(attribute.name, {name}) == name;
-    });
+    const bool isShouted = text.size() > 1 && text[1] >= 'A' && text[1] <= 'Z';
+    return isShouted ? text : lowerCase(text.substr(0, 1)) + text.substr(std::min<size_t>(text.size(), 1));
 }
 
 void checkMissing(const XmlDocument& document, RuleReporter& reporter)
 {
     for (const PlacedElement& place : knownElements(document)) {
         for (const AttributeKind& attribute : place.kind->attributes) {
-            if (!attribute.required || place.element->attribute(attribute.name) != nullptr ||
-                isMisspelled(*place.element, attribute.name))
-                continue;
+            if (!attribute.required || place.element->attribute(attribute.name) != nullptr) continue;
             const bool isNode = place.kind->id == "node" && attribute.name == "type";
             reporter.report(*place.element, named(place.element->name) + " has no attribute " + named(attribute.name) +
-                                                (isNode ? " and no 'base_node'" : "") +
-                                                "; expected it: " + exampleOf(attribute));
+                                                (isNode ? " and no 'base_node'" : "") + "; expected " + attribute.name +
+                                                "=\"...\" (" + meaningOf(attribute) + ')');
         }
     }
 }

@@ -29,7 +29,8 @@ const std::vector<const ElementKind*>& kindsOfFile(const XmlElement& element)
 
 bool isKnownAnywhere(const XmlElement& element)
 {
-    return isIn(descriptorKinds(), element.name) || isIn(settingsKinds(), element.name);
+    const std::string& name = element.writtenName();
+    return isIn(descriptorKinds(), name) || isIn(settingsKinds(), name);
 }
 
 // Names that all elements below would have: nothing is asked for there whatever it is called.
@@ -49,6 +50,12 @@ std::vector<std::string> parentsOf(const std::string& name, const std::vector<co
     return parents;
 }
 
+// Whether an element must not stand where it does. One that is read as what it most likely means keeps its place.
+bool isOutOfPlace(const PlacedElement& place)
+{
+    return place.parentKind != nullptr && (place.kind == nullptr || !place.element->misspelled.empty());
+}
+
 std::string expectedChildren(const ElementKind& parent)
 {
     std::string text = oneOf(parent.childNames());
@@ -60,23 +67,22 @@ void checkUnknown(const XmlDocument& document, RuleReporter& reporter)
 {
     for (const PlacedElement& place : placedElements(document)) {
         const XmlElement& element = *place.element;
-        if (place.kind != nullptr || place.parentKind == nullptr) continue;
-        if (isKnownAnywhere(element) || isDeadEnd(*place.parentKind)) continue;
-        std::string suggestion = suggestionFor(element.name, place.parentKind->childNames());
+        const std::string& name = element.writtenName();
+        if (!isOutOfPlace(place) || isKnownAnywhere(element) || isDeadEnd(*place.parentKind)) continue;
         std::vector<std::string> names;
         for (const ElementKind* const kind : kindsOfFile(element)) names.push_back(kind->name);
-        if (suggestion.empty()) suggestion = suggestionFor(element.name, names);
-        reporter.report(element, "unknown element " + named(element.name) + " in " + named(element.parent->name) +
+        const std::string suggestion =
+            element.misspelled.empty() ? suggestionFor(name, names) : didYouMean(element.name);
+        reporter.report(element, "unknown element " + named(name) + " in " + named(element.parent->writtenName()) +
                                      "; expected " + expectedChildren(*place.parentKind) + suggestion);
     }
 }
 
 std::string rightPlace(const XmlElement& element)
 {
-    const std::vector<std::string> parents = parentsOf(element.name, kindsOfFile(element));
+    const std::vector<std::string> parents = parentsOf(element.writtenName(), kindsOfFile(element));
     if (!parents.empty()) return "it in " + oneOf(parents);
-    if (element.name == descriptorSchema().name || element.name == settingsSchema().name)
-        return "it as the document's element only";
+    if (kindOfRoot(element) != nullptr) return "it as the document's element only";
     return isOfDescriptor(element) ? "it in settings files only" : "it in descriptors only";
 }
 
@@ -84,12 +90,14 @@ void checkMisplaced(const XmlDocument& document, RuleReporter& reporter)
 {
     for (const PlacedElement& place : placedElements(document)) {
         const XmlElement& element = *place.element;
-        if (place.kind != nullptr || place.parentKind == nullptr) continue;
-        const std::string found = "element " + named(element.name) + " stands in " + named(element.parent->name);
+        if (!isOutOfPlace(place)) continue;
+        const std::string found =
+            "element " + named(element.writtenName()) + " stands in " + named(element.parent->writtenName());
         if (isDeadEnd(*place.parentKind)) {
             reporter.report(element, found + "; expected nothing that deep");
         } else if (isKnownAnywhere(element)) {
-            reporter.report(element, found + "; expected " + rightPlace(element));
+            const std::string suggestion = element.misspelled.empty() ? "" : didYouMean(element.name);
+            reporter.report(element, found + "; expected " + rightPlace(element) + suggestion);
         }
     }
 }
@@ -105,6 +113,15 @@ void checkRepeated(const XmlDocument& document, RuleReporter& reporter)
                                             named(place.element->parent->name) +
                                             "; expected it once, the first one counts");
         reporter.note(*first, "the first one is here");
+    }
+}
+
+void checkTexts(const XmlDocument& document, RuleReporter& reporter)
+{
+    for (const StrayText& text : document.texts()) {
+        reporter.report(document.locate(text), "text " + quoted(text.text) + " stands in " +
+                                                   named(text.parent->writtenName()) +
+                                                   "; expected elements and comments only, nothing reads it");
     }
 }
 
@@ -136,6 +153,14 @@ std::vector<Rule> elementRules()
          "this element says has no effect. Move it to where it belongs, or join it with the first one.",
          {},
          checkPlaces},
+        {"stray-text",
+         RuleSeverity::Warning,
+         "text between elements",
+         "Graph files say everything with elements and attributes. Text beside them is skipped without a message: most "
+         "often it is a '>' too many, or what is left of a line that was edited. Remove it, or put it in a comment: "
+         "<!-- like this -->.",
+         {},
+         checkTexts},
     };
 }
 

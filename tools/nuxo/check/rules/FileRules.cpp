@@ -12,14 +12,6 @@ namespace {
 
 constexpr size_t kMostNames = 12; // of a list that a reader takes in
 
-const ElementKind* kindOfRoot(const XmlElement& root)
-{
-    for (const ElementKind* const kind : {&descriptorSchema(), &settingsSchema()}) {
-        if (kind->name == root.name) return kind;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 std::vector<PlacedElement> placedElements(const XmlDocument& document)

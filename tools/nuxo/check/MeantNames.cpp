@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "check/MeantNames.h"
+
+#include "Suggestion.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace NuxoTool {
+
+namespace {
+
+// Whether an element could be of a kind: it has no attribute that the kind does not, and none that it needs is missing.
+bool fits(const XmlElement& element, const ElementKind& kind)
+{
+    const bool hasNoOthers =
+        std::all_of(element.attributes.begin(), element.attributes.end(), [&kind](const XmlAttribute& attribute) {
+            return !isVocabularyAttribute(attribute.name) || kind.attribute(attribute.name) != nullptr;
+        });
+    return hasNoOthers &&
+           std::all_of(kind.attributes.begin(), kind.attributes.end(), [&element](const AttributeKind& attribute) {
+               return !attribute.required || element.attribute(attribute.name) != nullptr;
+           });
+}
+
+// Names that exist elsewhere may well be meant as they are.
+bool isKnownElsewhere(const std::string& name)
+{
+    const VocabularyEntry* const entry = vocabularyEntry(name);
+    return entry != nullptr && entry->isElement;
+}
+
+// The name of a child that an element in a place where it must not stand most likely means, "" for none.
+std::string meantElement(const ElementKind& parentKind, const XmlElement& element)
+{
+    std::string meant = closestOf(element.name, parentKind.childNames());
+    if (meant.empty()) return meant;
+    XmlElement renamed;
+    renamed.name = meant;
+    renamed.attributes = element.attributes;
+    const ElementKind* const kind = parentKind.childKind(renamed);
+    if (kind == nullptr || (isKnownElsewhere(element.name) && !fits(element, *kind))) return "";
+    if (kind->single && element.parent->child(meant) != nullptr) return "";
+    return meant;
+}
+
+template <typename Named> void rename(Named& named, std::string meant)
+{
+    named.misspelled = std::exchange(named.name, std::move(meant));
+}
+
+void readAttributesAsMeant(XmlElement& element, const ElementKind& kind)
+{
+    for (XmlAttribute& attribute : element.attributes) {
+        if (isVocabularyAttribute(attribute.name) || attribute.name.find(':') != std::string::npos) continue;
+        std::string meant = meantAttribute(kind, attribute.name);
+        if (!meant.empty() && element.attribute(meant) == nullptr) rename(attribute, std::move(meant));
+    }
+}
+
+const ElementKind* kindOf(const XmlElement& element, const ElementKind* parentKind)
+{
+    if (element.parent == nullptr) return kindOfRoot(element);
+    return parentKind == nullptr ? nullptr : parentKind->childKind(element);
+}
+
+// An element around those that follow, with what may stand in it.
+struct Open {
+    const XmlElement* element;
+    const ElementKind* kind; // null when nothing is known of it
+};
+
+} // namespace
+
+std::string meantAttribute(const ElementKind& kind, const std::string& name)
+{
+    std::string closest = closestOf(name, kind.attributeNames());
+    if (!closest.empty()) return closest;
+    std::vector<std::string> names;
+    for (const VocabularyEntry& entry : vocabulary()) {
+        if (entry.isAttribute) names.push_back(entry.attribute.name);
+    }
+    return closestOf(name, names);
+}
+
+void readAsMeant(XmlDocument& document)
+{
+    std::vector<Open> open; // from the document's element down
+    for (XmlElement& element : document.elements()) {
+        while (!open.empty() && open.back().element != element.parent) open.pop_back();
+        const ElementKind* const parentKind = open.empty() ? nullptr : open.back().kind;
+        if (parentKind != nullptr && parentKind->childKind(element) == nullptr) {
+            std::string meant = meantElement(*parentKind, element);
+            if (!meant.empty()) rename(element, std::move(meant));
+        }
+        const ElementKind* kind = kindOf(element, parentKind);
+        if (kind != nullptr) {
+            readAttributesAsMeant(element, *kind);
+            kind = kindOf(element, parentKind); // which may depend on its attributes
+        }
+        open.push_back({&element, kind});
+    }
+}
+
+} // namespace NuxoTool
