@@ -6,6 +6,7 @@
 #include <nuxo/camera/GraphCameraUtil.h>
 #include <nuxo/camera/PortReading.h>
 #include <nuxo/records/RunKernels.h>
+#include <nuxo/tree/KeyCache.h>
 
 #include <unordered_map>
 
@@ -60,6 +61,11 @@ void dumpRecord(const qv_isp_zmt_run_kernels& record)
                static_cast<int>(record.bpp_info.output_bpp));
 }
 
+template <typename OuterNode> void printOuter(const OuterNode& outer, const char* type)
+{
+    NUXO_ERROR("StreamId %d execCtx %d --> Node[%s]%s ", outer.streamId, outer.execCtxId, type, outer.name.c_str());
+}
+
 } // namespace
 
 void GraphUtil::dumpOuterGraph()
@@ -67,7 +73,13 @@ void GraphUtil::dumpOuterGraph()
     NUXO_DEBUG("%s", kDoubleLine);
     NUXO_DEBUG("Dumping Outer graph");
     NUXO_DEBUG("%s", kDoubleLine);
-    Visitor visitor = printOuterNode;
+    KeyCache names; // a node has one of a few types, but finding a name in a large vocabulary takes long
+    Visitor visitor = [&names](BaseGraphNode* node) {
+        if (node == nullptr) return static_cast<int>(StatusMissingObject);
+        const GraphNode& outer = static_cast<const GraphNode&>(*node);
+        printOuter(outer, names.nameOf(outer.type));
+        return static_cast<int>(StatusOk);
+    };
     for (const auto& [name, node] : mGraphNodes) {
         if (node->type != NUXO_KEY_SOURCE) continue;
         NUXO_DEBUG("-->START <-- src name: %s", name.c_str());
@@ -81,8 +93,7 @@ int GraphUtil::printOuterNode(BaseGraphNode* node)
 {
     if (node == nullptr) return StatusMissingObject;
     const GraphNode& outer = static_cast<const GraphNode&>(*node);
-    NUXO_ERROR("StreamId %d execCtx %d --> Node[%s]%s ", outer.streamId, outer.execCtxId, ItemUID::key2str(outer.type),
-               outer.name.c_str());
+    printOuter(outer, ItemUID::key2str(outer.type));
     return StatusOk;
 }
 

@@ -25,15 +25,15 @@ GraphConfigNode* ConnectionBuilder::findSettingsItem(const End& source) const
 {
     GraphConfigNode* const node = findChild(*mSettings, source.node);
     if (node == nullptr) {
-        NUXO_WARN("WARNING: Node(%s) not found from settings(%d), ignoring connection.", ItemUID::key2str(source.node),
+        NUXO_WARN("WARNING: Node(%s) not found from settings(%d), ignoring connection.", mKeys.nameOf(source.node),
                   mSettingsKey);
         return nullptr;
     }
     if (!source.hasPort) return node;
     GraphConfigNode* const port = findChild(*node, source.port);
     if (port == nullptr) {
-        NUXO_WARN("WARNING: Node(%s) port %s not found from settings(%d).", ItemUID::key2str(source.node),
-                  ItemUID::key2str(source.port), mSettingsKey);
+        NUXO_WARN("WARNING: Node(%s) port %s not found from settings(%d).", mKeys.nameOf(source.node),
+                  mKeys.nameOf(source.port), mSettingsKey);
     }
     return port;
 }
@@ -42,7 +42,7 @@ GraphConfigNode* ConnectionBuilder::copySource(uint32_t key)
 {
     GraphConfigNode* const node = copyDescriptorNode(mNodes, key, mResult, mKeys);
     if (node == nullptr) {
-        NUXO_ERROR("Failed to copy src node(%s) from descriptor to settings", ItemUID::key2str(key));
+        NUXO_ERROR("Failed to copy src node(%s) from descriptor to settings", mKeys.nameOf(key));
     }
     return node;
 }
@@ -52,7 +52,7 @@ GraphConfigNode* ConnectionBuilder::copySink(const End& sink, int& status)
 {
     GraphConfigNode* const node = copyDescriptorNode(mNodes, sink.node, mResult, mKeys);
     if (node == nullptr) {
-        NUXO_ERROR("Failed to copy dst node(%s) from descriptor to settings", ItemUID::key2str(sink.node));
+        NUXO_ERROR("Failed to copy dst node(%s) from descriptor to settings", mKeys.nameOf(sink.node));
         status = StatusMissingData;
         return nullptr;
     }
@@ -65,7 +65,7 @@ GraphConfigNode* ConnectionBuilder::findEnd(GraphConfigNode& node, const End& en
     if (!end.hasPort) return &node;
     GraphConfigNode* const port = findChild(node, end.port);
     if (port == nullptr) {
-        NUXO_ERROR("Node(%s) has no port named '%s'", ItemUID::key2str(end.node), ItemUID::key2str(end.port));
+        NUXO_ERROR("Node(%s) has no port named '%s'", mKeys.nameOf(end.node), mKeys.nameOf(end.port));
     }
     return port;
 }
@@ -110,16 +110,16 @@ int ConnectionBuilder::addPeers(const End& source, GraphConfigNode& sourceEnd, c
 {
     const std::string* const knownPeer = findText(sourceEnd, NUXO_KEY_PEER);
     if (knownPeer != nullptr) {
-        NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s'", ItemUID::key2str(source.node),
-                   ItemUID::key2str(source.port), knownPeer->c_str());
+        NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s'", mKeys.nameOf(source.node),
+                   mKeys.nameOf(source.port), knownPeer->c_str());
     }
     TreeAccess::insertText(sourceEnd, NUXO_KEY_PEER, sourcePeer, connection.position);
 
     GraphConfigItem* const present = findItem(sinkEnd, NUXO_KEY_PEER);
     if (present != nullptr && present->type != GraphConfigItem::STRING) return StatusDuplicate;
     if (present != nullptr) {
-        NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s' adding new peer", ItemUID::key2str(sink.node),
-                   ItemUID::key2str(sink.port), static_cast<GraphConfigStrAttribute*>(present)->value.c_str());
+        NUXO_DEBUG("Node(%s) port '%s' already connected once to '%s' adding new peer", mKeys.nameOf(sink.node),
+                   mKeys.nameOf(sink.port), static_cast<GraphConfigStrAttribute*>(present)->value.c_str());
     }
     TreeAccess::insertText(sinkEnd, NUXO_KEY_PEER, connection.source, connection.position);
     return StatusOk;
@@ -152,7 +152,7 @@ int ConnectionBuilder::connectDynamic(const Connection& connection)
     if (sourceNode == nullptr) return StatusMissingData;
     int32_t enabled = 1;
     if (findInteger(*settingsItem, NUXO_KEY_ENABLED, enabled) && enabled == 0) {
-        NUXO_DEBUG("Source port %s disabled, skip destination and peer processing", ItemUID::key2str(source.port));
+        NUXO_DEBUG("Source port %s disabled, skip destination and peer processing", mKeys.nameOf(source.port));
         return StatusOk;
     }
     if (!sink.hasPort) {
@@ -160,14 +160,14 @@ int ConnectionBuilder::connectDynamic(const Connection& connection)
         if (redirected != nullptr) {
             sourcePeer = *redirected;
             sink.node = mKeys.keyOf(sourcePeer);
-            NUXO_DEBUG("Overriding destination node %s with %s", ItemUID::key2str(sink.node), sourcePeer.c_str());
+            NUXO_DEBUG("Overriding destination node %s with %s", mKeys.nameOf(sink.node), sourcePeer.c_str());
         } else {
             NUXO_DEBUG("Using default connection %s", connection.source.c_str());
         }
     }
     if (findChild(*mSettings, sink.node) == nullptr) {
-        NUXO_WARN("Skipping port %s:%s for not being active in settings.", ItemUID::key2str(source.node),
-                  ItemUID::key2str(source.port));
+        NUXO_WARN("Skipping port %s:%s for not being active in settings.", mKeys.nameOf(source.node),
+                  mKeys.nameOf(source.port));
         return StatusOk;
     }
     return join(source, *sourceNode, sourcePeer, sink, claimVirtualSink, connection);

@@ -53,7 +53,7 @@ private:
     GraphConfigNode* findSettingsItem(const End& source) const;
     GraphConfigNode* copySource(uint32_t key);
     GraphConfigNode* copySink(const End& sink, int& status);
-    static GraphConfigNode* findEnd(GraphConfigNode& node, const End& end);
+    GraphConfigNode* findEnd(GraphConfigNode& node, const End& end);
     static int claimVirtualSink(GraphConfigNode& sink, const GraphConfigNode& source);
     static int shareStaticAttributes(GraphConfigNode& sink, const GraphConfigNode& source);
     int join(const End& source, GraphConfigNode& sourceNode, const std::string& sourcePeer, const End& sink,

@@ -33,19 +33,25 @@ bool needsPeer(const GraphConfigNode& port)
     return isPrivate == 0 && enabled != kDisabled;
 }
 
-void disableIfUnused(GraphConfigNode& port, KeyCache* keys)
+// The name that a port is filed under in its node.
+const char* nameOfKey(uint32_t key, KeyCache* keys)
+{
+    return keys != nullptr ? keys->nameOf(key) : ItemUID::key2str(key);
+}
+
+void disableIfUnused(GraphConfigNode& port, uint32_t key, KeyCache* keys)
 {
     if (!needsPeer(port)) return;
     IGraphConfig* peer = nullptr;
     if (resolvePeer(&port, &peer, keys) != StatusOk) {
-        NUXO_WARN("port %s has no peer, disabling it.", nameOf(port));
+        NUXO_WARN("port %s has no peer, disabling it.", nameOfKey(key, keys));
         switchOff(port);
         return;
     }
     int enabled = 1;
     static_cast<void>(peer->getValue(NUXO_KEY_ENABLED, enabled)); // absent: enabled
     if (enabled != kDisabled) return;
-    NUXO_WARN("peer disabled, disabling port %s", nameOf(port));
+    NUXO_WARN("peer disabled, disabling port %s", nameOfKey(key, keys));
     switchOff(port);
 }
 
@@ -65,8 +71,8 @@ void switchOffUnusedPorts(GraphConfigNode& root, KeyCache* keys)
 {
     NUXO_DEBUG("disableUnusedPorts");
     forEachChild(root, [keys](const GraphConfigNode& node, uint32_t) {
-        forEachChild(node, [keys](GraphConfigNode& port, uint32_t) {
-            disableIfUnused(port, keys);
+        forEachChild(node, [keys](GraphConfigNode& port, uint32_t key) {
+            disableIfUnused(port, key, keys);
             return true;
         });
         return true;
