@@ -215,6 +215,16 @@ TEST_F(CheckVerbTest, EndsWithTheCodeOfWhatCannotBeRead)
     EXPECT_NE(result.err.find("missing.xml: error[cannot-read]: "), std::string::npos) << result.err;
 }
 
+TEST_F(CheckVerbTest, GivesNoLineInJsonWhereThereIsNone)
+{
+    const ToolRun result = run({"check", "descriptor.xml", "absent.xml", "--format", "json"});
+    EXPECT_EQ(result.exitCode, 3);
+    const json document = json::parse(result.out, nullptr, false);
+    ASSERT_FALSE(document.is_discarded()) << result.out;
+    ASSERT_EQ(document["findings"].size(), 1U) << result.out;
+    EXPECT_EQ(document["findings"][0]["where"], json({{"file", "absent.xml"}}));
+}
+
 TEST_F(CheckVerbTest, TellsOfDamagedFiles)
 {
     writeCompressed("whole.gz", read("settings.xml"));
@@ -290,6 +300,22 @@ TEST_F(CheckVerbTest, OrdersFindingsByFileAndLine)
     ASSERT_NE(node, std::string::npos) << result.err;
     EXPECT_LT(integer, end);
     EXPECT_LT(end, node);
+}
+
+TEST_F(CheckVerbTest, ExplainsARuleInJsonAsItIsListed)
+{
+    const ToolRun result = run({"check", "--explain", "connection-end", "--format", "json", "-W", "connection-end"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const json document = json::parse(result.out, nullptr, false);
+    EXPECT_EQ(document["kind"], "rule");
+    EXPECT_EQ(document["rule"], "connection-end");
+    EXPECT_EQ(document["severity"], "warning");
+    const json all = json::parse(run({"check", "--list-rules", "--format", "json"}).out, nullptr, false);
+    const auto listed = std::find_if(all["rules"].begin(), all["rules"].end(),
+                                     [](const json& rule) { return rule["rule"] == "connection-end"; });
+    ASSERT_NE(listed, all["rules"].end());
+    EXPECT_EQ(document["explanation"], (*listed)["explanation"]);
+    EXPECT_EQ(document["needs"], (*listed)["needs"]);
 }
 
 TEST_F(CheckVerbTest, ListsRulesWithTheirSeverity)

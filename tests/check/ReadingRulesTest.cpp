@@ -45,9 +45,19 @@ TEST_F(ReadingRulesTest, TellsOfACompressedFileThatEndsEarly)
     EXPECT_NE(findings.find("settings.gz: error[damaged]: "), std::string::npos) << findings;
 }
 
+TEST_F(ReadingRulesTest, WarnsOfBytesBehindTheCompressedText)
+{
+    writeCompressed("settings.gz", "<graph_settings version=\"KVA6.1\"><sensor_modes/></graph_settings>");
+    write("settings.gz", read("settings.gz") + "more");
+    EXPECT_EQ(
+        findingsFor("settings.gz", 0),
+        "settings.gz: warning[trailing-bytes]: 4 bytes follow the compressed text, and nobody reads them; expected "
+        "the end of the file\n");
+}
+
 TEST_F(ReadingRulesTest, ExplainsTheRulesThatNoEditCanBreak)
 {
-    for (const std::string rule : {"cannot-read", "damaged", "file-type", "parse"}) {
+    for (const std::string rule : {"cannot-read", "damaged", "file-type", "parse", "too-large"}) {
         const ToolRun result = run({"check", "--explain", rule});
         EXPECT_EQ(result.exitCode, 0) << result.err;
         EXPECT_EQ(result.out.find(rule + " (error): "), 0U) << result.out;

@@ -58,7 +58,8 @@ INSTANTIATE_TEST_SUITE_P(All, RulesTest, testing::ValuesIn(jsonFilesIn("rules"))
 class RuleListTest : public CheckTest {};
 
 // No edit of a text makes these fire; the tests of the verb do.
-const std::vector<std::string> kOfFilesAsAWhole = {"cannot-read", "damaged", "file-type", "parse", "too-many-names"};
+const std::vector<std::string> kOfFilesAsAWhole = {"cannot-read", "damaged",        "file-type",     "parse",
+                                                   "too-large",   "too-many-names", "trailing-bytes"};
 
 TEST_F(RuleListTest, NamesTheRulesThatHaveFixturesAndNoOthers)
 {

@@ -102,6 +102,20 @@ TEST_F(ArgumentsTest, SizesArePositiveNumbersOf32Bits)
     }
 }
 
+TEST_F(ArgumentsTest, SettingsToCheckNeedAFile)
+{
+    expectUsageError({"check", "descriptor.xml", "--settings", "1"},
+                     "--settings without a settings file; expected one behind the descriptor\n");
+}
+
+TEST_F(ArgumentsTest, TextsOnRulesAreNoSarif)
+{
+    expectUsageError({"check", "--list-rules", "--format", "sarif"}, "--list-rules finds nothing");
+    expectUsageError({"check", "--explain", "empty", "--format", "sarif"}, "--explain finds nothing");
+    expectUsageError({"check", "--explain", "empty", "--list-rules"}, "--list-rules");
+    expectUsageError({"fmt", "--check", "settings.xml", "--format", "json"}, "--format");
+}
+
 TEST_F(ArgumentsTest, UnknownColourChoiceIsAUsageError)
 {
     expectUsageError({"--color", "sometimes", "dump", "settings.xml"}, "sometimes");

@@ -317,7 +317,7 @@ TEST_F(DiffTest, RefusesNumbersOfFilesAndKeysThatMakeNoSense)
 TEST_F(DiffTest, NamesTheKeysNextToOneThatIsMissing)
 {
     const ToolRun result = run({"diff", "settings.xml", "--key", "1", "--key", "9"});
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err,
               "settings.xml: error[no-match]: no setting has the key 9; expected a key of the file, which are "
@@ -326,7 +326,7 @@ TEST_F(DiffTest, NamesTheKeysNextToOneThatIsMissing)
     addExample("kva6");
     const ToolRun near =
         run({"diff", "--built", "kva6_descriptor.xml", "kva6_settings.xml", "--key", "60100", "--key", "60199"});
-    EXPECT_EQ(near.exitCode, 1);
+    EXPECT_EQ(near.exitCode, 3);
     EXPECT_NE(
         near.err.find("no setting has the key 60199; expected a key of the file, the nearest are 60200, 60201, 60202, "
                       "60203, 60204, 60205, 60206, 60207\n"),
@@ -338,7 +338,7 @@ TEST_F(DiffTest, AsksWhichSettingWhenSeveralHaveTheKey)
 {
     write("twice.xml", "<graph_settings version=\"1\">\n<settings key=\"1\"/>\n<settings key=\"1\"/></graph_settings>");
     const ToolRun result = run({"diff", "twice.xml", "twice.xml", "--key", "1"});
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("twice.xml:3:1: error[ambiguous]: 2 settings have the key 1; expected one"),
               std::string::npos)
         << result.err;
@@ -347,7 +347,7 @@ TEST_F(DiffTest, AsksWhichSettingWhenSeveralHaveTheKey)
 TEST_F(DiffTest, RefusesFilesOfTwoKinds)
 {
     const ToolRun result = run({"diff", "descriptor.xml", "settings.xml"});
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.out, "");
     EXPECT_NE(
         result.err.find("settings.xml:3:1: error[root-element]: the document's element is 'graph_settings'; expected "
@@ -355,7 +355,7 @@ TEST_F(DiffTest, RefusesFilesOfTwoKinds)
         std::string::npos)
         << result.err;
     const ToolRun keyed = run({"diff", "descriptor.xml", "descriptor.xml", "--key", "1"});
-    EXPECT_EQ(keyed.exitCode, 1);
+    EXPECT_EQ(keyed.exitCode, 3);
     EXPECT_NE(keyed.err.find("expected 'graph_settings'"), std::string::npos) << keyed.err;
 }
 
@@ -367,7 +367,7 @@ TEST_F(DiffTest, ReportsFilesThatItCannotRead)
     EXPECT_NE(missing.err.find("missing.xml: error[cannot-read]:"), std::string::npos) << missing.err;
 
     const ToolRun malformed = run({"diff", "settings.xml", "truncated.xml"});
-    EXPECT_EQ(malformed.exitCode, 1);
+    EXPECT_EQ(malformed.exitCode, 3);
     EXPECT_EQ(malformed.out, "");
     EXPECT_NE(malformed.err.find("truncated.xml:"), std::string::npos) << malformed.err;
 }
@@ -376,7 +376,7 @@ TEST_F(DiffTest, ReportsGraphsThatCannotBeBuilt)
 {
     // Setting 4 asks for a graph that there is none of.
     const ToolRun result = run({"diff", "--built", "descriptor.xml", "settings.xml", "--key", "1", "--key", "4"});
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.out, "");
     EXPECT_NE(result.err.find("error[build-failed]: building setting 4"), std::string::npos) << result.err;
 }

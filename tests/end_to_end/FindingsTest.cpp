@@ -121,6 +121,27 @@ TEST_F(FindingsTest, TypeAheadOfNameIsAFinding)
         "            ^\n");
 }
 
+TEST_F(FindingsTest, NameThatStandsTwiceInDifferentCaseIsAFinding)
+{
+    const std::string start = "<graph_descriptor version=\"1\"><nodes>\n";
+    write("named.xml", start + "<hw name=\"a\" type=\"b\" NAME=\"c\"/></nodes></graph_descriptor>");
+    const ToolRun result = run({"dump", "named.xml"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              "named.xml:2:1: error[duplicate-attribute]: element 'hw' has 'name' twice, in different case; "
+              "expected it once\n"
+              "    <hw name=\"a\" type=\"b\" NAME=\"c\"/></nodes></graph_descriptor>\n"
+              "    ^\n");
+    // A node element with a type ends the same way; without one, the first name makes it. Under the name "node" an
+    // element gets no type of another name.
+    write("named.xml", start + "<node name=\"a\" type=\"b\" NAME=\"c\"/></nodes></graph_descriptor>");
+    EXPECT_NE(run({"dump", "named.xml"}).err.find("error[duplicate-attribute]: element 'node'"), std::string::npos);
+    for (const char* const element : {"<node name=\"a\" NAME=\"c\"/>", "<hw name=\"node\" NAME=\"c\"/>"}) {
+        write("named.xml", start + element + "</nodes></graph_descriptor>");
+        EXPECT_EQ(run({"dump", "named.xml"}).exitCode, 0) << element;
+    }
+}
+
 TEST_F(FindingsTest, CutCompressedFileIsAFinding)
 {
     writeCompressed("whole.gz", read("settings.xml"));

@@ -64,6 +64,18 @@ TEST_F(HostileFilesTest, HugeAttributeIsShown)
     EXPECT_GT(result.out.size(), 20U * 1024 * 1024);
 }
 
+TEST_F(HostileFilesTest, PlacesBehindAHugeCommentAreRight)
+{
+    write("descriptor.xml", "<graph_descriptor version=\"KVA6\"><nodes/><graphs/></graph_descriptor>");
+    // The first line, a million lines of comment, and the one that its end stands in.
+    const std::string comment = "\n<!--" + repeated("x\n", 1000000) + "-->";
+    write("huge.xml", "<graph_settings version=\"KVA6.1\">" + comment + "<sensor_modes/> stray</graph_settings>");
+    const ToolRun result = run({"check", "descriptor.xml", "huge.xml"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    // "--><sensor_modes/> " has 19 bytes.
+    EXPECT_EQ(result.err.find("huge.xml:1000002:20: warning[stray-text]: "), 0U) << result.err.substr(0, 300);
+}
+
 TEST_F(HostileFilesTest, NulBytesAreLocated)
 {
     write("nul.xml", std::string("<graph_settings>\n<a\0></a></graph_settings>", 43));

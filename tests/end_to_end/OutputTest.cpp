@@ -53,6 +53,29 @@ TEST_F(OutputTest, FullDeviceCannotBeWritten)
     EXPECT_EQ(result.err, "nuxo: error[cannot-write]: cannot write standard output: No space left on device\n");
 }
 
+TEST_F(OutputTest, LostFindingsShowInTheExitCode)
+{
+    // Findings go to a device that is always full; 1 would say that they were told.
+    const ToolRun result = runInto("/dev/full", {"dump", "truncated.xml"}, 2);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.out, run({"dump", "truncated.xml"}).out);
+    EXPECT_EQ(runInto("/dev/full", {"dump"}, 2).exitCode, 3);
+    EXPECT_EQ(runInto("/dev/full", {"dump", "settings.xml"}, 2).exitCode, 0) << "nothing is lost";
+}
+
+TEST_F(OutputTest, LostLogLinesShowInTheExitCode)
+{
+    EXPECT_EQ(runInto("/dev/full", {"build", "descriptor.xml", "settings.xml", "--key", "1", "-v"}, 2).exitCode, 3);
+}
+
+TEST_F(OutputTest, OutputThatGrowsTooLargeCannotBeWritten)
+{
+    // One block of 512 or 1024 bytes, and the tree takes more.
+    ASSERT_GT(run({"dump", "descriptor.xml"}).out.size(), 1024U);
+    EXPECT_EQ(exitCodeBehind("ulimit -f 1;", "dump descriptor.xml"), 3);
+    EXPECT_EQ(read("err"), "nuxo: error[cannot-write]: cannot write standard output: File too large\n");
+}
+
 TEST_F(OutputTest, LibraryLogIsShownOnRequestWithItsClass)
 {
     const std::vector<std::string> build = {"build", "descriptor.xml", "settings.xml", "--key", "7"};

@@ -127,20 +127,31 @@ ToolRun ToolTest::runOnTerminal(const std::vector<std::string>& arguments, const
     return result;
 }
 
-ToolRun ToolTest::runInto(const std::string& file, const std::vector<std::string>& arguments) const
+ToolRun ToolTest::runInto(const std::string& file, const std::vector<std::string>& arguments, int descriptor) const
 {
     ToolRun result;
     const pid_t child = fork();
     if (child == 0) {
-        const int opened = open(file.c_str(), O_WRONLY);
-        if (opened < 0 || dup2(opened, STDOUT_FILENO) < 0) _exit(127);
+        redirect(STDOUT_FILENO, path("stdout"));
         redirect(STDERR_FILENO, path("stderr"));
+        const int opened = open(file.c_str(), O_WRONLY);
+        if (opened < 0 || dup2(opened, descriptor) < 0) _exit(127);
         becomeTool(mDirectory, arguments, {});
     }
     result.exitCode = exitCodeOf(child);
+    result.out = contentOf(path("stdout"));
     result.err = contentOf(path("stderr"));
     EXPECT_NE(result.exitCode, -1) << NUXO_TOOL << " did not run to its end: " << result.err;
     return result;
+}
+
+int ToolTest::exitCodeBehind(const std::string& prefix, const std::string& arguments) const
+{
+    const std::string tool = std::string("'") + NUXO_TOOL + "' " + arguments;
+    const std::string command =
+        "cd '" + path("") + "' && { (" + prefix + ' ' + tool + " 2>&1 >out; echo $? >&3) | cat >err; } 3>code";
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    return std::atoi(read("code").c_str());
 }
 
 void ToolTest::write(const std::string& name, const std::string& content) const

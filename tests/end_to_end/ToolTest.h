@@ -28,8 +28,11 @@ protected:
     ToolRun run(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
     /// The same with standard error on a terminal.
     ToolRun runOnTerminal(const std::vector<std::string>& arguments, const Environment& environment = {}) const;
-    /// The same with standard output going to an existing file, such as a device.
-    ToolRun runInto(const std::string& file, const std::vector<std::string>& arguments) const;
+    /// The same with standard output, or another descriptor, going to an existing file, such as a device.
+    ToolRun runInto(const std::string& file, const std::vector<std::string>& arguments, int descriptor = 1) const;
+    /// Runs the tool from a shell, behind @p prefix. Its standard error is in the file "err", its output in "out"; pipes
+    /// have no limit of size.
+    int exitCodeBehind(const std::string& prefix, const std::string& arguments) const;
 
     std::string path(const std::string& name) const { return mDirectory + '/' + name; }
     void write(const std::string& name, const std::string& content) const;

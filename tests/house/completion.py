@@ -58,11 +58,15 @@ class Completion(unittest.TestCase):
         self.assertIn("--color", everywhere)
         self.assertEqual(set(self.offered("-")), everywhere)
         for verb, text in self.verbs.items():
-            own = {name for entry in text.options() for name in entry.names()}
+            own = {name for entry in text.options() for name in entry.spellings()}
             self.assertIn("--help", own)
             self.assertEqual(set(self.offered(verb, "-")), own | everywhere, verb)
             for name in own:
                 self.assertIn(name, self.offered(verb, name), verb)
+
+    def test_other_spelling_of_an_option(self):
+        self.assert_offers(["-W", "-Werror"], "check", "-W")
+        self.assert_offers([], "fmt", "-We")
 
     def test_every_option_with_choices(self):
         counted = 0

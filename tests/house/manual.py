@@ -33,6 +33,10 @@ class Entry:
     def names(self):
         return self.option()["names"].split(",")
 
+    def spellings(self):
+        """The names, and what the text says can be typed in their place."""
+        return self.names() + re.findall(r"\balso (-[\w-]+)", self.text)
+
     def choices(self):
         braces = re.search(r":\{([^}]*)\}", self.head)
         return braces[1].split(",") if braces else []
@@ -220,7 +224,7 @@ def case(pattern, words):
 
 
 def cases_of(verb, text):
-    out = [case(verb, [name for entry in text.options() for name in entry.names()])]
+    out = [case(verb, [name for entry in text.options() for name in entry.spellings()])]
     for entry in text.options():
         found = entry.option()
         if not found["value"]:

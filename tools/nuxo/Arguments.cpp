@@ -138,8 +138,10 @@ void addCheck(CLI::App& app, Arguments& arguments, std::string& format)
     addRules("-E", arguments.errorRules, "Findings of this rule are errors");
     addRules("--no", arguments.disabledRules, "Leave this rule out");
     check->add_flag("--Werror", arguments.warningsAreErrors, "All warnings are errors; also -Werror");
-    check->add_flag("--list-rules", arguments.listRules, "List the rules");
-    check->add_option("--explain", arguments.explainedRule, "Tell what a rule is about")->type_name("RULE");
+    CLI::Option* const listRules = check->add_flag("--list-rules", arguments.listRules, "List the rules");
+    check->add_option("--explain", arguments.explainedRule, "Tell what a rule is about")
+        ->type_name("RULE")
+        ->excludes(listRules);
     addFormat(*check, format, kReportFormats);
 }
 
@@ -257,18 +259,31 @@ std::string verbsText()
     return text;
 }
 
+// What check cannot do with its arguments, "" when it can.
+std::string contradictionOfCheck(const Arguments& arguments)
+{
+    if (arguments.listRules || arguments.explainedRule) {
+        const std::string option = arguments.listRules ? "--list-rules" : "--explain";
+        return arguments.format == Format::Sarif
+                   ? option + " finds nothing, so there is no SARIF of it; expected --format text or json"
+                   : "";
+    }
+    if (arguments.descriptor.empty()) return "DESCRIPTOR is required";
+    if (!arguments.keys.empty() && arguments.files.empty())
+        return "--settings without a settings file; expected one behind the descriptor";
+    return "";
+}
+
 // Combinations of options that make no sense, "" when there is none.
 std::string contradiction(const Arguments& arguments)
 {
+    if (arguments.verb == Verb::Check) return contradictionOfCheck(arguments);
     if (arguments.origin && arguments.format == Format::Dot) {
         return "--origin cannot be combined with --format dot; expected text or json";
     }
     if (arguments.height && !arguments.width && !arguments.stride) {
         return "--height alone tells no size; expected --width or --bpl as well";
     }
-    if (arguments.verb == Verb::Check && arguments.descriptor.empty() && !arguments.listRules &&
-        !arguments.explainedRule)
-        return "DESCRIPTOR is required";
     if (arguments.stride && !arguments.height) return "--bpl alone tells no size; expected --height as well";
     return "";
 }

@@ -24,7 +24,16 @@ FileBytes::FileBytes(const std::string& path)
 
 size_t FileBytes::read(char* piece)
 {
-    if (mCompressed != nullptr) return readCompressed(piece);
+    if (isTooLarge()) return 0;
+    const size_t count = mCompressed != nullptr ? readCompressed(piece) : readPlain(piece);
+    mCount += count;
+    if (!isTooLarge()) return count;
+    mTrouble = "larger than " + std::to_string(kMostBytes >> 20U) + " MiB";
+    return 0;
+}
+
+size_t FileBytes::readPlain(char* piece)
+{
     if (mPlain == nullptr) return 0;
     const size_t count = std::fread(piece, 1, kPieceSize, mPlain.get());
     if (count == 0 && std::ferror(mPlain.get()) != 0) mTrouble = std::strerror(errno);
@@ -44,6 +53,7 @@ size_t FileBytes::readCompressed(char* piece)
         const std::string explained(text);
         const size_t colon = explained.rfind(": ");
         mTrouble = colon == std::string::npos ? explained : explained.substr(colon + 2);
+        mIsDamaged = true;
     }
     return 0;
 }

@@ -17,6 +17,8 @@ namespace NuxoTool {
 class FileBytes {
 public:
     static constexpr size_t kPieceSize = 65536;
+    /// Larger texts end with trouble: a few bytes of a gzip file can stand for any number of them.
+    static constexpr uint64_t kMostBytes = uint64_t{64} << 20U;
 
     explicit FileBytes(const std::string& path);
 
@@ -24,6 +26,13 @@ public:
     size_t read(char* piece);
     /// What went wrong, "" when nothing did.
     const std::string& trouble() const { return mTrouble; }
+    /// Whether that is what decompression says of the file's content.
+    bool isDamaged() const { return mIsDamaged; }
+    /// Whether that is the limit.
+    bool isTooLarge() const { return mCount > kMostBytes; }
+    bool isCompressed() const { return mCompressed != nullptr && gzdirect(mCompressed.get()) == 0; }
+    /// Whether the name says that the file is compressed and its first bytes do not. It is then read as it is.
+    bool isOnlyNamedCompressed() const { return mCompressed != nullptr && !isCompressed(); }
 
 private:
     struct Close {
@@ -31,11 +40,14 @@ private:
         void operator()(gzFile file) const { gzclose(file); }
     };
 
+    size_t readPlain(char* piece);
     size_t readCompressed(char* piece);
 
     std::unique_ptr<std::FILE, Close> mPlain;
     std::unique_ptr<gzFile_s, Close> mCompressed;
+    uint64_t mCount = 0;
     std::string mTrouble;
+    bool mIsDamaged = false;
 };
 
 /// The text behind the last '.' of a path, the whole path when there is none: how the parser tells kinds of files.

@@ -7,8 +7,8 @@ const char* const kExitCodes = R"help(Exit codes:
   0  done
   1  findings: faults in files, no or more than one setting, an error of the library; files that differ (diff, fmt --check)
   2  usage: a bad option or criterion, an unknown format; also a name that no file or vocabulary has
-  3  a file cannot be read, or output cannot be written
-  4  internal error)help";
+  3  a file cannot be read, or output cannot be written; of diff also whatever keeps it from comparing
+  4  internal error, out of memory)help";
 
 const char* const kMainFooter = R"help(Examples:
   nuxo dump settings.xml
@@ -175,7 +175,7 @@ Examples:
 
 const char* const kDiffFooter =
     R"help(Compares by meaning: the order of nodes, attributes and settings does not matter. Exit code 0 when both are the
-same, 1 when they differ.
+same, 1 when they differ, 3 when they cannot be compared: a file is malformed, a key is missing, a graph cannot be built.
   A B                            two descriptors or two settings files
   FILE --key N --key M           two settings of a file
   A B --key N [--key M]          a setting of A and one of B

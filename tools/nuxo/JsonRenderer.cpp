@@ -72,6 +72,7 @@ JsonValue jsonLocation(const std::optional<Location>& location)
     if (!location) return nullptr;
     JsonValue json;
     json["file"] = location->file;
+    if (location->line == 0) return json; // not known
     json["line"] = location->line;
     json["column"] = location->column;
     return json;

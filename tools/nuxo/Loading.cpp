@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -81,14 +82,23 @@ void reportWarning(const GraphFile& file, const std::string& text, Findings& fin
                      found + (isVersion ? "; expected one, such as version=\"KVA7\"" : ""));
 }
 
-// @param stopped  whether a finding says already, with its place, what ended the parse; the library's errors only repeat it
-void reportLibraryLines(const GraphFile& file, bool stopped, Findings& findings)
+// The library says no more than that of a file whose names and places are in order. Without any memory it says nothing.
+bool isLackOfMemory(const std::string& text)
 {
+    return startsWith(text, "Error while adding attribute");
+}
+
+void reportLibraryLines(const GraphFile& file, const XmlInspection& inspection, Findings& findings)
+{
+    const bool stopped = !inspection.complete; // a finding says so, with its place; the library's errors only repeat it
     bool reported = stopped;
     for (const LogLine& line : takeLibraryLog()) {
+        const bool isOnlyTheEnd = startsWith(line.text, "Parser returned NULL");
         if (!line.isError) {
             reportWarning(file, line.text, findings);
-        } else if (!startsWith(line.text, "Parser returned NULL")) {
+        } else if (!reported && (isOnlyTheEnd ? inspection.hasElements : isLackOfMemory(line.text))) {
+            throw std::bad_alloc();
+        } else if (!isOnlyTheEnd) {
             if (!stopped) findings.error("parse", inFile(file.path), line.text.substr(0, kLongestMessage));
             reported = true;
         } else if (!reported) {
@@ -111,13 +121,14 @@ GraphFile loadGraphFile(Session& session, const std::string& path, DocumentKind 
     file.rootElement = inspection.rootElement;
     file.root = inspection.root;
     checkRootElement(file, kind, findings);
+    if (inspection.isTooLarge) return file;
 
     takeLibraryLog();
     NUXO::IGraphConfig* tree = nullptr;
     NUXO::NUXOParser parser;
     parser.parseNUXOXmlFile(path.c_str(), &tree);
     file.tree.reset(tree);
-    reportLibraryLines(file, !inspection.complete, findings);
+    reportLibraryLines(file, inspection, findings);
     file.complete = findings.errorCount() == errorsBefore && file.tree != nullptr;
     return file;
 }

@@ -2,6 +2,7 @@
 #include "XmlInspection.h"
 
 #include "FileBytes.h"
+#include "GzipTail.h"
 #include "Text.h"
 #include "document/Expat.h"
 
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <new>
+#include <string_view>
 #include <vector>
 
 namespace NuxoTool {
@@ -26,6 +28,7 @@ struct Inspector {
     XML_Parser parser;
     std::string rootElement;
     uint64_t rootOffset = 0;
+    bool hasElements = false; // below the document's
     std::vector<OpenElement> open;
     // What the inspector itself objects to; the rule is empty when there is nothing.
     std::string rule;
@@ -51,16 +54,28 @@ void stopWith(Inspector& inspector, const char* rule, const std::string& text)
     XML_StopParser(inspector.parser, XML_FALSE);
 }
 
-// Named descriptor elements get their element name as `type`, which collides with a `type` that came before.
-bool hasTypeBeforeName(const char** attributes)
+// A name files a descriptor's element under it, with the element's name as `type` unless that is "node". The library gives
+// up a file where a type is there already: one that is written before, or that another name brought, in different case.
+void checkNames(Inspector& inspector, const std::string& element, const char** attributes)
 {
-    bool typeSeen = false;
+    bool isNode = element == "node";
+    bool hasType = false;
+    bool hasName = false;
     for (; *attributes != nullptr; attributes += 2) {
-        const std::string name = lowerCase(*attributes);
-        if (name == "name") return typeSeen;
-        typeSeen = typeSeen || name == "type";
+        const std::string name = lowerCase(attributes[0]);
+        hasType = hasType || name == "type";
+        if (name != "name") continue;
+        if (hasType && !isNode) {
+            const char* const found = hasName ? "' has 'name' twice, in different case; expected it once"
+                                              : "' has 'type' before 'name'; expected no 'type', which the element's "
+                                                "name gives";
+            stopWith(inspector, hasName ? "duplicate-attribute" : "type-before-name", "element '" + element + found);
+            return;
+        }
+        hasType = hasType || !isNode;
+        isNode = std::string_view(attributes[1]) == "node";
+        hasName = true;
     }
-    return false;
 }
 
 void checkElement(Inspector& inspector, const std::string& name, const char** attributes)
@@ -71,10 +86,7 @@ void checkElement(Inspector& inspector, const std::string& name, const char** at
                      std::to_string(NUXO::NUXOParser::kMaxDepth) + " nested elements");
         return;
     }
-    if (inspector.rootElement == "graph_descriptor" && name != "node" && hasTypeBeforeName(attributes)) {
-        stopWith(inspector, "type-before-name",
-                 "element '" + name + "' has 'type' before 'name'; expected no 'type', which the element's name gives");
-    }
+    if (inspector.rootElement == "graph_descriptor") checkNames(inspector, name, attributes);
 }
 
 void openElement(void* data, const char* name, const char** attributes)
@@ -88,6 +100,7 @@ void openElement(void* data, const char* name, const char** attributes)
             inspector.rootElement = lowerName;
             inspector.rootOffset = offset;
         }
+        inspector.hasElements = !isRoot;
         inspector.open.push_back({lowerName, offset});
         if (!isRoot) checkElement(inspector, lowerName, attributes);
     } catch (const std::bad_alloc&) {
@@ -100,10 +113,15 @@ void closeElement(void* data, const char* /*name*/)
     static_cast<Inspector*>(data)->open.pop_back();
 }
 
-void reportMalformed(const Inspector& inspector, const std::string& path, Findings& findings)
+void throwIfOutOfMemory(const Inspector& inspector)
 {
     const XML_Error error = XML_GetErrorCode(inspector.parser);
     if (error == XML_ERROR_NO_MEMORY || (error == XML_ERROR_ABORTED && inspector.rule.empty())) throw std::bad_alloc();
+}
+
+void reportMalformed(const Inspector& inspector, const std::string& path, Findings& findings)
+{
+    const XML_Error error = XML_GetErrorCode(inspector.parser);
     if (!inspector.rule.empty()) {
         findings.error(inspector.rule, locationOf(path, inspector.problemOffset), inspector.text);
         return;
@@ -124,6 +142,37 @@ void reportMalformed(const Inspector& inspector, const std::string& path, Findin
     findings.note(locationOf(path, innermost.offset), "element '" + innermost.name + "' is still open");
 }
 
+// Damage often shows as broken XML first. Decompression notices it, at the latest at the end.
+bool isDamagedFurtherOn(FileBytes& bytes)
+{
+    std::vector<char> piece(FileBytes::kPieceSize);
+    while (bytes.read(piece.data()) > 0) {}
+    return bytes.isDamaged();
+}
+
+// What ended the reading of a file.
+void reportTrouble(const FileBytes& bytes, const std::string& path, Findings& findings)
+{
+    if (bytes.isDamaged()) {
+        findings.error("damaged", inFile(path),
+                       "decompression stopped with '" + bytes.trouble() + "'; expected an intact gzip file");
+    } else if (bytes.isTooLarge()) {
+        findings.error("too-large", inFile(path), "the text is " + bytes.trouble() + "; expected a graph file");
+    } else {
+        findings.error("cannot-read", inFile(path), "cannot read: " + bytes.trouble() + "; expected a graph file",
+                       ExitCode::InputOutput);
+    }
+}
+
+void reportTail(const FileBytes& bytes, const std::string& path, Findings& findings)
+{
+    const uint64_t count = bytes.isCompressed() ? bytesBehindText(path) : 0;
+    if (count == 0) return;
+    findings.warning("trailing-bytes", inFile(path),
+                     std::to_string(count) + (count == 1 ? " byte follows" : " bytes follow") +
+                         " the compressed text, and nobody reads them; expected the end of the file");
+}
+
 } // namespace
 
 XmlInspection inspectXml(const std::string& path, Findings& findings)
@@ -136,15 +185,20 @@ XmlInspection inspectXml(const std::string& path, Findings& findings)
     FileBytes bytes(path);
     XmlInspection result;
     const bool wellFormed = feedExpat(parser.get(), bytes);
-    if (!wellFormed) {
+    if (!wellFormed) throwIfOutOfMemory(inspector);
+    if (!wellFormed && !isDamagedFurtherOn(bytes)) {
         reportMalformed(inspector, path, findings);
+        if (bytes.isOnlyNamedCompressed())
+            findings.note(inFile(path), "the name ends in 'gz', but the file does not start as gzip files do");
     } else if (!bytes.trouble().empty()) {
-        findings.error("damaged", inFile(path),
-                       "decompression stopped with '" + bytes.trouble() + "'; expected an intact gzip file");
+        reportTrouble(bytes, path, findings);
+        result.isTooLarge = bytes.isTooLarge();
     } else {
+        reportTail(bytes, path, findings);
         result.complete = true;
     }
     result.rootElement = inspector.rootElement;
+    result.hasElements = inspector.hasElements;
     if (!result.rootElement.empty()) result.root = locationOf(path, inspector.rootOffset);
     return result;
 }

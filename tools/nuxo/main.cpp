@@ -5,6 +5,7 @@
 #include "Session.h"
 #include "verbs/Verbs.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -43,12 +44,22 @@ void writeResult(Session& session)
     session.findings.error("cannot-write", {}, "cannot write standard output: " + trouble, ExitCode::InputOutput);
 }
 
+// Nobody can be told of findings that are lost, but the exit code says so. It also counts what was written there before.
+void writeFindings(Session& session, bool colour)
+{
+    const std::string findings = session.findings.toText(colour);
+    std::fputs(findings.c_str(), stderr);
+    if (std::fflush(stderr) != 0 || std::ferror(stderr) != 0) session.findings.raiseExitCode(ExitCode::InputOutput);
+}
+
+constexpr const char* kOutOfMemory = "out of memory";
+
 void runGuarded(Session& session)
 {
     try {
         runVerb(session);
     } catch (const std::bad_alloc&) {
-        session.findings.error("internal", {}, "out of memory", ExitCode::Internal);
+        session.findings.error("internal", {}, kOutOfMemory, ExitCode::Internal);
     } catch (const std::exception& trouble) {
         session.findings.error("internal", {}, trouble.what(), ExitCode::Internal);
     }
@@ -68,8 +79,7 @@ ExitCode run(int argc, char** argv)
         runGuarded(session);
     }
     writeResult(session);
-    const std::string findings = session.findings.toText(NuxoTool::wantsColour(parsed.colour));
-    std::fputs(findings.c_str(), stderr);
+    writeFindings(session, NuxoTool::wantsColour(parsed.colour));
     return session.findings.exitCode();
 }
 
@@ -77,10 +87,14 @@ ExitCode run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    // A file that would grow too large is one that cannot be written, which is reported and cleaned up after.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return static_cast<int>(run(argc, argv));
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "nuxo: error[internal]: %s\n", kOutOfMemory);
     } catch (const std::exception& trouble) {
         std::fprintf(stderr, "nuxo: error[internal]: %s\n", trouble.what());
-        return static_cast<int>(ExitCode::Internal);
     }
+    return static_cast<int>(ExitCode::Internal);
 }

@@ -187,6 +187,17 @@ std::string wrapped(const std::string& text)
     return out;
 }
 
+JsonValue jsonRule(const Rule& rule, const RuleSettings& settings)
+{
+    JsonValue json;
+    json["rule"] = rule.id;
+    json["severity"] = severityName(settings.severityOf(rule.id));
+    json["summary"] = rule.summary;
+    json["explanation"] = rule.explanation;
+    json["needs"] = rule.needs;
+    return json;
+}
+
 } // namespace
 
 std::string renderSummary(const CheckSummary& summary, const Findings& findings)
@@ -260,15 +271,7 @@ std::string renderRulesJson(const RuleSettings& settings)
 {
     JsonValue document = jsonDocument("rules");
     document["rules"] = JsonValue::array();
-    for (const Rule& rule : allRules()) {
-        JsonValue json;
-        json["rule"] = rule.id;
-        json["severity"] = severityName(settings.severityOf(rule.id));
-        json["summary"] = rule.summary;
-        json["explanation"] = rule.explanation;
-        json["needs"] = rule.needs;
-        document["rules"].push_back(json);
-    }
+    for (const Rule& rule : allRules()) document["rules"].push_back(jsonRule(rule, settings));
     return jsonText(document);
 }
 
@@ -281,6 +284,13 @@ std::string renderRule(const Rule& rule, const RuleSettings& settings)
     std::string needs;
     for (const char* const needed : rule.needs) needs += std::string(needs.empty() ? "" : ", ") + needed;
     return text + "\nIt does not run where one of these rules found something: " + needs + ".\n";
+}
+
+std::string renderRuleJson(const Rule& rule, const RuleSettings& settings)
+{
+    JsonValue document = jsonDocument("rule");
+    document.update(jsonRule(rule, settings));
+    return jsonText(document);
 }
 
 } // namespace NuxoTool

@@ -26,6 +26,7 @@ std::string renderRulesJson(const RuleSettings& settings);
 
 /// What a rule is about.
 std::string renderRule(const Rule& rule, const RuleSettings& settings);
+std::string renderRuleJson(const Rule& rule, const RuleSettings& settings);
 
 } // namespace NuxoTool
 

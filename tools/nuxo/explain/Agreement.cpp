@@ -35,17 +35,17 @@ std::string positionText(const SourcePosition& position)
 
 std::string compareItem(const TracedNode& holder, const TracedItem& item, const NUXO::ItemEntry& entry)
 {
-    const std::string name = NUXO::ItemUID::key2str(item.key);
-    const std::string where = "'" + name + "' in " + inNode(holder);
+    // Names are looked up one by one: only where there is something to tell.
+    const auto where = [&] { return std::string("'") + NUXO::ItemUID::key2str(item.key) + "' in " + inNode(holder); };
     if (item.key != entry.first)
-        return where + " stands where the graph has '" + NUXO::ItemUID::key2str(entry.first) + "'";
-    if (item.type != entry.second->type) return where + " is of another kind";
+        return where() + " stands where the graph has '" + NUXO::ItemUID::key2str(entry.first) + "'";
+    if (item.type != entry.second->type) return where() + " is of another kind";
     const std::string value = valueOf(entry);
     if (item.valueText() != value)
-        return where + " comes out as '" + item.valueText() + "', the graph has '" + value + "'";
+        return where() + " comes out as '" + item.valueText() + "', the graph has '" + value + "'";
     const SourcePosition position = NUXO::getSourcePosition(entry);
     if (position.document == item.position.document && position.offset == item.position.offset) return "";
-    return where + " comes from " + positionText(item.position) + ", the graph has it from " + positionText(position);
+    return where() + " comes from " + positionText(item.position) + ", the graph has it from " + positionText(position);
 }
 
 } // namespace

@@ -12,7 +12,8 @@ namespace {
 void explainRule(Session& session, const std::string& id, const RuleSettings& rules)
 {
     if (const Rule* const rule = ruleOf(id)) {
-        session.output = renderRule(*rule, rules);
+        const bool isJson = session.arguments.format == Format::Json;
+        session.output = isJson ? renderRuleJson(*rule, rules) : renderRule(*rule, rules);
     } else {
         session.findings.error("usage", {}, unknownRule(id), ExitCode::Usage);
     }

@@ -106,10 +106,10 @@ struct Subject {
     DiffSide side;
 };
 
-// Two things of one kind, compared and written.
-void compare(Session& session, Compares compares, const std::string& name, Subject a, Subject b)
+// Two things of one kind, compared and written. Whether they could be compared.
+bool compare(Session& session, Compares compares, const std::string& name, Subject a, Subject b)
 {
-    if (a.root == nullptr || b.root == nullptr) return;
+    if (a.root == nullptr || b.root == nullptr) return false;
     DiffTrees trees;
     const bool chosen = compares != Compares::Files;
     const auto treeA = trees.read(*a.root, chosen);
@@ -120,6 +120,7 @@ void compare(Session& session, Compares compares, const std::string& name, Subje
     session.output = isJson ? renderDiffJson(report, name)
                             : renderDiff(report, wantsColour(session.arguments.colour, STDOUT_FILENO));
     if (!comparison.differences().empty()) session.findings.raiseExitCode(ExitCode::Findings);
+    return true;
 }
 
 Subject subjectOf(const GraphFile& file)
@@ -134,7 +135,7 @@ Subject subjectOf(const GraphFile& file)
     return subject;
 }
 
-void compareFiles(Session& session)
+bool compareFiles(Session& session)
 {
     const std::vector<std::string>& paths = session.arguments.files;
     const GraphFile a = loadGraphFile(session, paths[0], DocumentKind::Any);
@@ -147,7 +148,8 @@ void compareFiles(Session& session)
                               "a descriptor and a settings file have nothing in common; nuxo check tells whether they "
                               "fit together");
     }
-    compare(session, Compares::Files, a.isDescriptor() ? "descriptors" : "settings files", subjectOf(a), subjectOf(b));
+    return compare(session, Compares::Files, a.isDescriptor() ? "descriptors" : "settings files", subjectOf(a),
+                   subjectOf(b));
 }
 
 Subject subjectOf(Session& session, const IGraphConfig* setting, const std::string& file, int32_t key)
@@ -163,13 +165,13 @@ Subject subjectOf(Session& session, const IGraphConfig* setting, const std::stri
     return subject;
 }
 
-void compareSettings(Session& session)
+bool compareSettings(Session& session)
 {
     const std::vector<std::string>& paths = session.arguments.files;
     const std::vector<int32_t>& keys = session.arguments.keys;
     std::vector<GraphFile> files;
     for (const std::string& path : paths) files.push_back(loadGraphFile(session, path, DocumentKind::Settings));
-    if (!files.front().complete || !files.back().complete) return;
+    if (!files.front().complete || !files.back().complete) return false;
 
     const auto subject = [&](const GraphFile& file, int32_t key) {
         const IGraphConfig* const setting = settingOf(session, settingsOf(*file.node()), file.path, key);
@@ -177,7 +179,7 @@ void compareSettings(Session& session)
     };
     Subject a = subject(files.front(), keys.front());
     Subject b = subject(files.back(), keys.back());
-    compare(session, Compares::Settings, "settings", std::move(a), std::move(b));
+    return compare(session, Compares::Settings, "settings", std::move(a), std::move(b));
 }
 
 // The graph of a setting of a request; it stays with @p built.
@@ -206,18 +208,18 @@ std::unique_ptr<GraphRequest> requestOf(Session& session, const std::string& des
     return request;
 }
 
-void compareGraphs(Session& session)
+bool compareGraphs(Session& session)
 {
     const std::vector<std::string> paths = session.arguments.files;
     const std::vector<int32_t>& keys = session.arguments.keys;
     std::vector<std::unique_ptr<GraphRequest>> requests;
     for (size_t i = 0; i + 1 < paths.size(); i += 2) requests.push_back(requestOf(session, paths[i], paths[i + 1]));
-    if (!requests.front()->isReady() || !requests.back()->isReady()) return;
+    if (!requests.front()->isReady() || !requests.back()->isReady()) return false;
     BuiltGraph builtA; // must go before the requests
     BuiltGraph builtB;
     Subject a = build(session, *requests.front(), keys.front(), builtA);
     Subject b = build(session, *requests.back(), keys.back(), builtB);
-    compare(session, Compares::Graphs, "graphs", std::move(a), std::move(b));
+    return compare(session, Compares::Graphs, "graphs", std::move(a), std::move(b));
 }
 
 } // namespace
@@ -230,13 +232,11 @@ void runDiff(Session& session)
         session.findings.note({}, "see nuxo diff --help");
         return;
     }
-    if (session.arguments.built) {
-        compareGraphs(session);
-    } else if (session.arguments.keys.empty()) {
-        compareFiles(session);
-    } else {
-        compareSettings(session);
-    }
+    const auto compareAll = session.arguments.built          ? compareGraphs
+                            : session.arguments.keys.empty() ? compareFiles
+                                                             : compareSettings;
+    // Scripts take 1 for a difference.
+    if (!compareAll(session)) session.findings.raiseExitCode(ExitCode::InputOutput);
 }
 
 } // namespace NuxoTool

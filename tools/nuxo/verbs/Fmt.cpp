@@ -9,6 +9,7 @@
 #include "verbs/Verbs.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -75,6 +76,8 @@ std::optional<FormattedFile> formatFile(Session& session, const std::string& pat
     FormattedFile file{path, std::move(*text), ""};
     file.canonical = canonicalForm(file.text);
     if (meansTheSame(file.text, file.canonical)) return file;
+    if (!meansTheSame(file.text, file.text))
+        throw std::bad_alloc(); // nothing else can be in the way of reading it again
     findings.error("internal", inFile(path), "the canonical form means something else; nothing was written",
                    ExitCode::Internal);
     return std::nullopt;
