@@ -2,6 +2,7 @@
 #include "BuildFaults.h"
 
 #include "LibraryFindings.h"
+#include "LibraryWords.h"
 #include "PortView.h"
 #include "Suggestion.h"
 #include "Text.h"
@@ -78,7 +79,7 @@ public:
 private:
     BuildFault at(const IGraphConfig& item, uint32_t attribute, const std::string& text)
     {
-        return {placeOf(mSession, {kRule, &item, "", attribute}), text};
+        return {placeOf(mSession, {kRule, &item, "", attribute}), text, {}};
     }
 
     BuildFault unexplained()
@@ -86,7 +87,7 @@ private:
         std::string found = "the graph cannot be built: " + std::string(NUXO::statusName(mFailed.status));
         const auto& lines = mFailed.lines;
         const auto cause = std::find_if(lines.begin(), lines.end(), [](const LogLine& line) { return line.isError; });
-        if (cause != lines.end()) found = "the graph cannot be built: " + printable(cause->text);
+        if (cause != lines.end()) found = "the graph cannot be built, and the library says: " + quietText(cause->text);
         return at(mFailed.settings, 0, found + "; expected a setting that makes a complete graph");
     }
 
@@ -202,6 +203,45 @@ private:
         return nullptr;
     }
 
+    // Connections from one port that lead to sinks: a `peer` leads all of them to one.
+    std::vector<const GraphConfigNode*> toSinksFrom(const End& source) const
+    {
+        std::vector<const GraphConfigNode*> found;
+        NUXO::NodeIterator connections(mElement);
+        while (const IGraphConfig* const item = connections.iterateByUid(NUXO_KEY_CONNECTION)) {
+            const auto* const connection = dynamic_cast<const GraphConfigNode*>(item);
+            const bool isOwn = connection != nullptr && textOf(*connection, NUXO_KEY_SOURCE) == source.text;
+            if (isOwn && End(*connection, NUXO_KEY_SINK).port.empty()) found.push_back(connection);
+        }
+        return found;
+    }
+
+    // A sink that is fed twice.
+    BuildFault inTakenSink(const IGraphConfig& place, uint32_t attribute, const End& source, const std::string& name)
+    {
+        const IGraphConfig* const port = redirectedTo(name);
+        const bool isOwn = port != nullptr && port == mFailed.settings.getDescendantByString(source.text);
+        const std::vector<const GraphConfigNode*> connections = toSinksFrom(source);
+        if (isOwn && connections.size() > 1) return inForkedPeer(*port, source, name, connections);
+        constexpr const char* expected = " as well; expected a sink of its own";
+        if (port != nullptr && !isOwn)
+            return at(*port, NUXO_KEY_PEER, named(name) + " is fed by " + named(source.text) + expected);
+        return at(place, attribute, named(name) + " is fed by another connection" + expected);
+    }
+
+    BuildFault inForkedPeer(const IGraphConfig& port, const End& source, const std::string& sink,
+                            const std::vector<const GraphConfigNode*>& connections)
+    {
+        BuildFault fault = at(port, NUXO_KEY_PEER,
+                              "the graph has " + std::to_string(connections.size()) + " connections from " +
+                                  named(source.text) + " to sinks, and peer leads all of them to " + named(sink) +
+                                  "; expected one connection to a sink from a port with a peer");
+        for (const GraphConfigNode* const connection : connections)
+            fault.notes.push_back({placeOf(mSession, {kRule, connection, "", NUXO_KEY_SINK}),
+                                   "the connection to " + named(textOf(*connection, NUXO_KEY_SINK))});
+        return fault;
+    }
+
     // What a connection asks of a sink, which has no ports.
     std::optional<BuildFault> inSink(const GraphConfigNode& connection, const End& source, const End& sink,
                                      const GraphConfigNode& result, std::optional<int> status)
@@ -217,14 +257,9 @@ private:
         const IGraphConfig& place = isRedirected ? *settingsEnd : connection;
         const uint32_t attribute = isRedirected ? NUXO_KEY_PEER : NUXO_KEY_SINK;
         if (status == StatusDuplicate) {
-            constexpr const char* expected = " as well; expected a sink of its own";
             Location stated; // a connection's own direction stands in no file
-            if (mSession.locator.locate(node, NUXO_KEY_DIRECTION, stated) != StatusOk) {
-                const IGraphConfig* const other = isRedirected ? nullptr : redirectedTo(name);
-                return other != nullptr
-                           ? at(*other, NUXO_KEY_PEER, named(name) + " is fed by " + named(source.text) + expected)
-                           : at(place, attribute, named(name) + " is fed by another connection" + expected);
-            }
+            if (mSession.locator.locate(node, NUXO_KEY_DIRECTION, stated) != StatusOk)
+                return inTakenSink(place, attribute, source, name);
             return at(*node, NUXO_KEY_DIRECTION,
                       "sink " + printable(name) +
                           " states a direction, which it gets from its connection; expected no such attribute");
@@ -367,7 +402,7 @@ std::vector<BuildFault> unknownEndsOf(Session& session, const IGraphConfig& desc
         for (const uint32_t attribute : {uint32_t{NUXO_KEY_SOURCE}, uint32_t{NUXO_KEY_SINK}}) {
             const End end(connection, attribute);
             if (end.text.empty() || nodes->getDescendantByString(end.node) != nullptr) continue;
-            faults.push_back({placeOf(session, {kRule, &connection, "", attribute}), namesNoNode(end, nodes)});
+            faults.push_back({placeOf(session, {kRule, &connection, "", attribute}), namesNoNode(end, nodes), {}});
         }
     }
     return faults;

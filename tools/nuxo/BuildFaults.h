@@ -25,8 +25,14 @@ struct FailedBuild {
 
 /// What keeps a graph from being built, and where it stands.
 struct BuildFault {
+    struct Note {
+        Location where;
+        std::string text;
+    };
+
     Location where;
-    std::string text; ///< what was found; what was expected
+    std::string text;        ///< what was found; what was expected
+    std::vector<Note> notes; ///< what else belongs to it
 };
 
 /// Looks for the connection, difference, override or mode at fault by taking the steps of the library one by one.

@@ -23,6 +23,38 @@ bool isPartOfName(char c)
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == ':';
 }
 
+constexpr const char* kArrow = "->"; // of a link
+
+// Where a word that starts there ends.
+size_t endOfWord(const std::string& line, size_t at)
+{
+    while (at < line.size() && isPartOfName(line[at])) ++at;
+    return at;
+}
+
+// Whether a text is a word of the log, or a link between two.
+bool isWord(const std::string& text)
+{
+    const size_t end = endOfWord(text, 0);
+    const bool isLink = end > 0 && text.compare(end, 2, kArrow) == 0;
+    return end == text.size() || (isLink && endOfWord(text, end + 2) == text.size());
+}
+
+// The texts that may be names where a word starts: the word, without a colon ahead of a blank, and as start of a link.
+std::vector<std::string> candidatesAt(const std::string& line, size_t at)
+{
+    std::vector<std::string> candidates;
+    const size_t end = endOfWord(line, at);
+    const bool isLink = line.compare(end, 2, kArrow) == 0;
+    for (const size_t stop : {end, isLink ? endOfWord(line, end + 2) : end}) {
+        candidates.push_back(line.substr(at, stop - at));
+        if (line[stop - 1] == ':' && (stop == line.size() || line[stop] == ' '))
+            candidates.push_back(line.substr(at, stop - 1 - at));
+        if (!isLink) break;
+    }
+    return candidates;
+}
+
 // Where the whole word stands in the line, npos for nowhere.
 size_t findWord(const std::string& line, const std::string& word)
 {
@@ -64,10 +96,17 @@ ElementNames::ElementNames(const GraphConfigNode& graph) : mGroups(programGroups
     TreeView view;
     for (const ChildView& child : view.children(graph)) {
         if (child.node->getUid() == NUXO_KEY_GRAPH || textOf(*child.node, NUXO_KEY_TYPE).empty()) continue;
-        mEntries.push_back({nameOf(*child.node), child.node, "", Rank::Full});
+        addEntry(nameOf(*child.node), child.node, "", Rank::Full);
         addParts(*child.node);
     }
     for (const GraphConfigNode* const group : mGroups.nodes) addLinks(*group);
+}
+
+void ElementNames::addEntry(const std::string& text, const IGraphConfig* item, const std::string& group, Rank rank)
+{
+    if (text.empty()) return;
+    (isWord(text) ? mByText[text] : mOdd).push_back(mEntries.size());
+    mEntries.push_back({text, item, group, rank});
 }
 
 // Names of ports by themselves are left out: many, such as "input", are ordinary words of the log.
@@ -77,8 +116,8 @@ void ElementNames::addParts(const GraphConfigNode& node)
     constexpr uint32_t types[] = {NUXO_KEY_PORT, NUXO_KEY_KERNEL, NUXO_KEY_MUX, NUXO_KEY_DEMUX, NUXO_KEY_SPLIT};
     for (const uint32_t type : types) {
         for (const GraphConfigNode* const part : childrenOfType(node, type)) {
-            mEntries.push_back({group + ':' + nameOf(*part), part, group, Rank::Full});
-            if (type != NUXO_KEY_PORT) mEntries.push_back({nameOf(*part), part, group, Rank::Plain});
+            addEntry(group + ':' + nameOf(*part), part, group, Rank::Full);
+            if (type != NUXO_KEY_PORT) addEntry(nameOf(*part), part, group, Rank::Plain);
         }
     }
 }
@@ -92,11 +131,11 @@ void ElementNames::addLinks(const GraphConfigNode& group)
         const auto withPort = [](const std::string& end) {
             return end.find(':') == std::string::npos ? end + ':' : end;
         };
-        mEntries.push_back({withPort(source) + "->" + withPort(destination), link, name, Rank::Full});
+        addEntry(withPort(source) + kArrow + withPort(destination), link, name, Rank::Full);
         for (const std::string& end : {nodePart(source), nodePart(destination)}) {
             if (group.getDescendantByString(end) != nullptr) continue;
-            mEntries.push_back({name + ':' + end, link, name, Rank::Loose});
-            mEntries.push_back({end, link, name, Rank::Loose});
+            addEntry(name + ':' + end, link, name, Rank::Loose);
+            addEntry(end, link, name, Rank::Loose);
         }
     }
 }
@@ -110,13 +149,28 @@ bool ElementNames::isBetter(const Match& candidate, const Match& other)
     return order(candidate) < order(other);
 }
 
+std::vector<ElementNames::Match> ElementNames::matchesIn(const std::string& line) const
+{
+    std::vector<Match> matches;
+    for (size_t at = 0; at < line.size(); at = endOfWord(line, at) + 1) {
+        if (!isPartOfName(line[at])) continue;
+        for (const std::string& candidate : candidatesAt(line, at)) {
+            const auto found = mByText.find(candidate);
+            if (found == mByText.end()) continue;
+            for (const size_t index : found->second) matches.push_back({&mEntries[index], at});
+        }
+    }
+    for (const size_t index : mOdd) {
+        const size_t at = findWord(line, mEntries[index].text);
+        if (at != std::string::npos) matches.push_back({&mEntries[index], at});
+    }
+    return matches;
+}
+
 const IGraphConfig* ElementNames::namedIn(const std::string& line, const std::vector<std::string>& behind) const
 {
     std::optional<Match> best;
-    for (const Entry& entry : mEntries) {
-        const size_t at = findWord(line, entry.text);
-        if (at == std::string::npos) continue;
-        const Match match = {&entry, at};
+    for (const Match& match : matchesIn(line)) {
         if (!best || isBetter(match, *best)) best = match;
     }
     return best ? chosen(*best->entry, behind).item : groupOfStreamIn(line);
@@ -124,10 +178,14 @@ const IGraphConfig* ElementNames::namedIn(const std::string& line, const std::ve
 
 const ElementNames::Entry& ElementNames::chosen(const Entry& found, const std::vector<std::string>& behind) const
 {
+    const auto same = mByText.find(found.text);
+    const std::vector<size_t>& entries = same == mByText.end() ? mOdd : same->second;
     for (const std::string& line : behind) {
-        for (const Entry& entry : mEntries) {
-            const bool isSame = entry.text == found.text && entry.rank == found.rank;
-            if (isSame && line.find(entry.group + ':') != std::string::npos) return entry;
+        for (const size_t index : entries) {
+            const Entry& entry = mEntries[index];
+            if (entry.text == found.text && entry.rank == found.rank &&
+                line.find(entry.group + ':') != std::string::npos)
+                return entry;
         }
     }
     return found;

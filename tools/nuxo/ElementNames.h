@@ -6,7 +6,9 @@
 
 #include <nuxo/tree/GraphConfigNode.h>
 
+#include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace NuxoTool {
@@ -39,11 +41,15 @@ private:
 
     void addParts(const NUXO::GraphConfigNode& node);
     void addLinks(const NUXO::GraphConfigNode& group);
+    void addEntry(const std::string& text, const NUXO::IGraphConfig* item, const std::string& group, Rank rank);
+    std::vector<Match> matchesIn(const std::string& line) const;
     static bool isBetter(const Match& candidate, const Match& other);
     const Entry& chosen(const Entry& found, const std::vector<std::string>& behind) const;
     const NUXO::IGraphConfig* groupOfStreamIn(const std::string& line) const;
 
     std::vector<Entry> mEntries;
+    std::unordered_map<std::string, std::vector<size_t>> mByText; ///< entries, in their order; only looked up
+    std::vector<size_t> mOdd;                                     ///< entries whose texts are no words of the log
     ProgramGroups mGroups;
 };
 

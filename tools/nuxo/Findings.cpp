@@ -75,6 +75,24 @@ void Findings::note(const Location& where, const std::string& text)
     add(Severity::Note, "", where, text);
 }
 
+void Findings::addNotes(const std::map<size_t, std::vector<Finding>>& notes)
+{
+    std::vector<Finding> all;
+    const std::vector<Finding>* pending = nullptr; // until the finding's own notes have passed
+    const auto settle = [&] {
+        if (pending != nullptr) all.insert(all.end(), pending->begin(), pending->end());
+        pending = nullptr;
+    };
+    for (size_t i = 0; i < mFindings.size(); ++i) {
+        if (mFindings[i].severity != Severity::Note) settle();
+        const auto added = notes.find(i);
+        if (added != notes.end()) pending = &added->second;
+        all.push_back(std::move(mFindings[i]));
+    }
+    settle();
+    mFindings = std::move(all);
+}
+
 void Findings::append(const Findings& other)
 {
     mFindings.insert(mFindings.end(), other.mFindings.begin(), other.mFindings.end());

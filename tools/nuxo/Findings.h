@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,10 @@ public:
     void usageError(const std::string& rule, const Quote& quote, const std::string& text);
     void warning(const std::string& rule, const Location& where, const std::string& text);
     void note(const Location& where, const std::string& text);
+    /// Explains findings that were made before, by notes that go behind those that they have.
+    ///
+    /// @param notes  by the index of the finding in all()
+    void addNotes(const std::map<size_t, std::vector<Finding>>& notes);
 
     ExitCode exitCode() const { return mExitCode; }
     /// The run ends with at least this code.

@@ -14,6 +14,7 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <utility>
 
 namespace NuxoTool {
 
@@ -69,18 +70,23 @@ Parents parentsIn(const ProgramGroups& groups, int stream)
     return parents;
 }
 
-Names ancestorsOf(const std::string& name, Parents& parents)
+// All that frames from one of the nodes get to, which may lead back to the node itself.
+Names followersOf(const Names& nodes, const Parents& parents)
 {
-    Names ancestors;
-    std::vector<std::string> open = {name};
+    std::map<std::string, std::vector<std::string>> children;
+    for (const auto& [child, itsParents] : parents) {
+        for (const std::string& parent : itsParents) children[parent].push_back(child);
+    }
+    Names followers;
+    std::vector<std::string> open(nodes.begin(), nodes.end());
     while (!open.empty()) {
-        const Names next = parents[open.back()];
+        const std::vector<std::string> next = std::move(children[open.back()]); // each node is left once
         open.pop_back();
-        for (const std::string& parent : next) {
-            if (ancestors.insert(parent).second) open.push_back(parent);
+        for (const std::string& child : next) {
+            if (followers.insert(child).second) open.push_back(child);
         }
     }
-    return ancestors;
+    return followers;
 }
 
 template <typename IsChosen> Names chosenOf(const Names& names, IsChosen isChosen)
@@ -94,10 +100,9 @@ template <typename IsChosen> Names chosenOf(const Names& names, IsChosen isChose
 Names headsOf(const Names& unreached, Parents parents)
 {
     const auto isMissed = [&unreached](const std::string& name) { return unreached.count(name) > 0; };
-    const Names heads = chosenOf(unreached, [&](const std::string& name) {
-        const Names ancestors = ancestorsOf(name, parents);
-        return std::none_of(ancestors.begin(), ancestors.end(), isMissed);
-    });
+    const Names followers = followersOf(unreached, parents);
+    const Names heads =
+        chosenOf(unreached, [&followers](const std::string& name) { return followers.count(name) == 0; });
     if (!heads.empty()) return heads;
     const Names entries = chosenOf(unreached, [&](const std::string& name) {
         return !std::all_of(parents[name].begin(), parents[name].end(), isMissed);

@@ -19,7 +19,7 @@ using NUXO::IGraphConfig;
 
 SettingBuilder::SettingBuilder(const DescriptorModel& descriptor, IGraphConfig& descriptorTree,
                                const SettingsModel& file, IGraphConfig& settingsTree, NUXO::SourceLocator& locator)
-    : mDescriptor(descriptor), mFile(file), mLocator(locator), mDescriptorTree(descriptorTree)
+    : mDescriptor(descriptor), mFile(file), mLocator(locator), mDescriptorTree(descriptorTree), mLinks(descriptor)
 {
     mManager.setGraphDescriptor(&descriptorTree);
     mManager.setGraphSettings(&settingsTree);
@@ -39,7 +39,7 @@ BuiltSetting SettingBuilder::build(const ModelSetting& setting)
     construct(result, *node, scratch);
     if (result.built) {
         analyse(result, scratch);
-        GraphInspection inspection(result, scratch);
+        GraphInspection inspection(result, mLinks, scratch);
         inspectGraph(inspection);
     }
     result.findings = std::move(scratch.findings);
@@ -62,6 +62,7 @@ void SettingBuilder::construct(BuiltSetting& result, GraphConfigNode& settings, 
     const auto& descriptor = dynamic_cast<const GraphConfigNode&>(mDescriptorTree);
     const BuildFault fault = buildFaultOf(scratch, {mManager, descriptor, settings, root, status, takeLibraryLog()});
     scratch.findings.error(kBuildRule, fault.where, fault.text);
+    for (const BuildFault::Note& note : fault.notes) scratch.findings.note(note.where, note.text);
 }
 
 // As the verbs that show flows and records do.

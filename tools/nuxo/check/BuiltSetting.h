@@ -5,6 +5,7 @@
 #include "Findings.h"
 #include "Flow.h"
 #include "GraphRequest.h"
+#include "check/rules/SettingsLinks.h"
 #include "model/DescriptorModel.h"
 #include "model/SettingsModel.h"
 
@@ -53,6 +54,7 @@ private:
     NUXO::SourceLocator& mLocator;
     NUXO::IGraphConfig& mDescriptorTree;
     NUXO::GraphQueryManager mManager;
+    LinkTable mLinks;
     std::vector<NUXO::IGraphConfig*> mSettings; ///< by their index in the file
 };
 

@@ -36,6 +36,15 @@ const XmlElement* modeOf(const ModelSetting& setting, const SettingsModel& model
     return mode == nullptr ? nullptr : mode->element;
 }
 
+// Whether all ends of its connections lead to nodes of which all is known.
+bool isWhole(const ModelGraph& graph)
+{
+    const auto isWholeEnd = [](const ModelEnd& end) { return end.node != nullptr && end.node->isWhole(); };
+    return std::all_of(graph.connections.begin(), graph.connections.end(), [&](const ModelConnection& connection) {
+        return isWholeEnd(connection.source) && isWholeEnd(connection.sink);
+    });
+}
+
 } // namespace
 
 CheckRun::CheckRun(Session& session, const RuleSettings& rules) : mSession(session), mReporter(rules, mFindings)
@@ -52,6 +61,7 @@ CheckSummary CheckRun::run()
         files.push_back(path);
     }
     reportMissingKeys();
+    mReporter.tellRepeats();
     mFindings.sortByPlace(files);
     mSession.findings.append(mFindings);
     return mSummary;
@@ -82,7 +92,8 @@ CheckRun::File CheckRun::load(const std::string& path, DocumentKind kind)
     Session reading;
     reading.arguments = mSession.arguments;
     file.graph = loadGraphFile(reading, path, kind);
-    mReporter.take(reading.findings);
+    // A descriptor without version is more than a nuisance: it has no generation, as version-text tells.
+    mReporter.take(reading.findings, kind == DocumentKind::Descriptor ? "missing-version" : "");
     // A `type` in the wrong place ends the library's parse, but the document goes on.
     file.isWellFormed = file.graph.complete || (reading.findings.errorCount() == 1 && file.graph.isGraphFile() &&
                                                 isAnyOf("type-before-name", reading.findings));
@@ -172,7 +183,7 @@ bool CheckRun::isSound(const ModelGraph& graph)
     SoundGraph& known = mSoundGraphs[&graph];
     if (known.partsWithErrors == mReporter.partsWithErrors()) return known.isSound;
     known.partsWithErrors = mReporter.partsWithErrors();
-    known.isSound = isSound(*graph.element) &&
+    known.isSound = isSound(*graph.element) && isWhole(graph) &&
                     std::all_of(graph.nodes().begin(), graph.nodes().end(), [this](const ModelNode* node) {
                         return isSound(*node->element) && (node->base == nullptr || isSound(*node->base));
                     });

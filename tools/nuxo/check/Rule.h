@@ -38,6 +38,8 @@ struct Rule {
     /// Rules that must have found nothing in the files that this one looks at; otherwise it does not run.
     std::vector<const char*> needs;
     std::variant<NoRule, FileRule, DescriptorRule, SettingsRule, GraphRule> run;
+    /// Whether graphs are built all the same: what it finds does not show in them.
+    bool letsBuild = false;
 };
 
 // Each list stands beside its rules.

@@ -6,11 +6,13 @@
 #include "document/XmlDocument.h"
 
 #include <cstddef>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace NuxoTool {
 
@@ -28,6 +30,14 @@ public:
     /// At an element, or at its attribute of that name if it has one.
     void report(const XmlElement& element, const std::string& text);
     void report(const XmlElement& element, std::string_view attribute, const std::string& text);
+    /// At the attribute as well, where something shows that goes wrong elsewhere, maybe in many places and for several
+    /// rules: a name that nothing has. The first place is a finding, the others become notes to it.
+    ///
+    /// @param cause  what goes wrong, the same text for all of these places
+    void reportCause(const std::string& cause, const XmlElement& element, std::string_view attribute,
+                     const std::string& text);
+    /// The same for what is one cause wherever the rule tells it with the same text.
+    void reportOnce(const XmlElement& element, std::string_view attribute, const std::string& text);
     /// At a place in a file that no element is known of.
     void report(const Location& where, const std::string& text);
     /// Explains the last finding; dropped together with it.
@@ -44,7 +54,11 @@ public:
     /// From now on nothing is reported of a part.
     void ignore(const XmlElement& part) { mIgnored.insert(&part); }
     /// Reports what others found, under the severity that its rule has here. Nothing of it is counted to a part.
-    void take(const Findings& findings);
+    ///
+    /// @param without  a rule whose findings another rule makes as well
+    void take(const Findings& findings, const std::string& without = "");
+    /// Adds the notes that count places of one cause, when all rules have run.
+    void tellRepeats();
 
     /// From now on findings are those of this rule.
     ///
@@ -60,6 +74,15 @@ private:
     void add(const XmlElement* element, const Location& where, const std::string& text);
     bool isConsequence(const XmlElement& element, RuleSeverity severity) const;
     void addNote(const Location& where, const std::string& text);
+    bool isRepeat(RuleSeverity severity, const Location& where);
+
+    /// Where a cause was told, and where it showed again.
+    struct Cause {
+        size_t finding = 0; ///< its index
+        size_t repeats = 0;
+        std::vector<Location> shown; ///< places of the first of them
+        Location last;
+    };
 
     const RuleSettings& mSettings;
     Findings& mFindings;
@@ -68,11 +91,15 @@ private:
     std::set<const XmlElement*> mFaultyElements; // before the rule that is running
     std::set<const XmlElement*> mNewlyFaulty;
     bool mLastWasKept = false;
+    std::string mCause; // of what is being reported, "" when it has none
+    std::map<std::pair<std::string, RuleSeverity>, Cause> mCauses;
     std::set<const XmlElement*> mFaulty;
     std::set<const XmlElement*> mIgnored;
     std::set<std::string> mFaultyFiles;
     std::set<std::pair<std::string, std::string>> mFired;
-    std::set<std::tuple<std::string, std::string, uint32_t, uint32_t>> mPlaces; // of rule, file, line, column
+    // Of rule, file, line and column; of rules that look at a file by itself, which may find several things in a place and
+    // look once, also the text.
+    std::set<std::tuple<std::string, std::string, uint32_t, uint32_t, std::string>> mPlaces;
 };
 
 } // namespace NuxoTool

@@ -16,9 +16,9 @@ namespace NuxoTool {
 using NUXO::GraphConfigNode;
 using NUXO::IGraphConfig;
 
-GraphInspection::GraphInspection(const BuiltSetting& setting, Session& scratch)
+GraphInspection::GraphInspection(const BuiltSetting& setting, LinkTable& links, Session& scratch)
     : mSetting(setting), mScratch(scratch), mGroups(programGroupsOf(*setting.built.graph)),
-      mLinks(linksOf(setting.setting))
+      mLinks(links.linksOf(setting.setting))
 {
     NUXO::NodeIterator nodes(setting.built.graph);
     while (const IGraphConfig* const node = nodes.iterateDescendants()) {
@@ -35,7 +35,24 @@ GraphInspection::GraphInspection(const BuiltSetting& setting, Session& scratch)
 
 void GraphInspection::report(const char* rule, const IGraphConfig& item, uint32_t attribute, const std::string& text)
 {
-    report(rule, NuxoTool::placeOf(mScratch, {rule, &item, "", attribute}), text);
+    report(rule, atValue(NuxoTool::placeOf(mScratch, {rule, &item, "", attribute})), text);
+}
+
+// What an override writes stands at its element, as far as the library knows: of that, the value.
+Location GraphInspection::atValue(const Location& where)
+{
+    const ModelGraph* const declared = setting().setting.graph;
+    const XmlDocument& document = setting().descriptor.document();
+    if (declared == nullptr || where.file != document.path()) return where;
+    if (mOverrides.empty()) {
+        for (const XmlElement* const apply : declared->overrides) {
+            const Location place = document.locate(*apply);
+            mOverrides.emplace(std::pair(place.line, place.column), apply);
+        }
+    }
+    const auto found = mOverrides.find({where.line, where.column});
+    const XmlAttribute* const value = found == mOverrides.end() ? nullptr : found->second->attribute("value");
+    return value == nullptr ? where : document.locate(*found->second, *value);
 }
 
 void GraphInspection::report(const char* rule, const Location& where, const std::string& text)
@@ -104,10 +121,9 @@ bool GraphInspection::isHalfConnected(const IGraphConfig& item) const
 bool GraphInspection::isStarved(const std::string& node) const
 {
     bool isBroken = false;
-    for (const SettingLink& link : mLinks) {
-        const bool isDefault = link.connection->sink.nodeName == node;
-        if (link.connection->source.nodeName == node || (link.sinkName != node && !isDefault)) continue;
-        if (link.sinkName == node && link.state == SettingLink::State::Made) return false;
+    for (const SettingLink* const link : mLinks.to(node)) {
+        if (link->connection->source.nodeName == node) continue;
+        if (link->sinkName == node && link->state == SettingLink::State::Made) return false;
         isBroken = true;
     }
     return isBroken;
@@ -116,19 +132,19 @@ bool GraphInspection::isStarved(const std::string& node) const
 // Whether connections start at a port, none of which is made for want of the other end.
 bool GraphInspection::isOpenEnded(const std::string& port) const
 {
-    bool isBroken = false;
-    for (const SettingLink& link : mLinks) {
-        if (link.connection->source.text != port) continue;
-        if (link.state == SettingLink::State::Made) return false;
-        isBroken = isBroken || link.state == SettingLink::State::SinkMissing;
-    }
-    return isBroken;
+    const std::vector<const SettingLink*>& links = mLinks.from(port);
+    const auto hasState = [](SettingLink::State state) {
+        return [state](const SettingLink* link) { return link->state == state; };
+    };
+    return std::none_of(links.begin(), links.end(), hasState(SettingLink::State::Made)) &&
+           std::any_of(links.begin(), links.end(), hasState(SettingLink::State::SinkMissing));
 }
 
 bool GraphInspection::isLeftOpen() const
 {
-    const auto isEnd = [this](const SettingLink& link) { return isOpenEnded(link.connection->source.text); };
-    if (std::any_of(mLinks.begin(), mLinks.end(), isEnd)) return true;
+    const std::vector<SettingLink>& links = mLinks.all();
+    const auto isEnd = [this](const SettingLink& link) { return isOpenEnded(link.sourcePath()); };
+    if (std::any_of(links.begin(), links.end(), isEnd)) return true;
     const auto& elements = setting().setting.element->children;
     return std::any_of(elements.begin(), elements.end(), [this](const XmlElement* element) {
         return element->integer("enabled") != 0 && (isStarved(element->name) || isOutside(element->name));
@@ -137,22 +153,30 @@ bool GraphInspection::isLeftOpen() const
 
 bool GraphInspection::isOutside(const std::string& node) const
 {
-    return setting().descriptor.node(node) != nullptr && !isOnPath(mLinks, node);
+    return setting().descriptor.node(node) != nullptr && !mLinks.isOnPath(node);
 }
 
 bool GraphInspection::isFedByGraph(const IGraphConfig& node) const
 {
     const std::string name = nameOf(node);
-    return std::any_of(mLinks.begin(), mLinks.end(), [&name](const SettingLink& link) {
-        const bool isOwn = link.connection->source.nodeName == name;
-        return !isOwn && (link.sinkName == name || link.connection->sink.nodeName == name);
+    const std::vector<const SettingLink*>& links = mLinks.to(name);
+    return std::any_of(links.begin(), links.end(),
+                       [&name](const SettingLink* link) { return link->connection->source.nodeName != name; });
+}
+
+bool GraphInspection::isRedirected(const IGraphConfig& port) const
+{
+    const std::vector<const SettingLink*>& links = mLinks.from(endName(port));
+    return std::any_of(links.begin(), links.end(), [](const SettingLink* link) {
+        return link->isRedirected && link->sinkName != link->connection->sink.nodeName;
     });
 }
 
 void inspectGraph(GraphInspection& inspection)
 {
-    constexpr void (*steps[])(GraphInspection&) = {inspectPorts,  inspectFeeding,     inspectRouting,  inspectCapture,
-                                                   inspectChains, inspectConnections, inspectContexts, inspectAnalysis};
+    constexpr void (*steps[])(GraphInspection&) = {inspectPorts,   inspectFeeding,  inspectRouting,     inspectLimits,
+                                                   inspectCapture, inspectChains,   inspectConnections, inspectNumbers,
+                                                   inspectOptions, inspectContexts, inspectAnalysis};
     for (const auto step : steps) step(inspection);
 }
 

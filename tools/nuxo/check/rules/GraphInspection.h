@@ -8,12 +8,15 @@
 #include "check/rules/SettingsLinks.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace NuxoTool {
@@ -36,6 +39,10 @@ constexpr char kSizeWithoutRcbRule[] = "size-without-rcb";
 constexpr char kSensorSizeRule[] = "sensor-size";
 constexpr char kCaptureSizeRule[] = "capture-size";
 constexpr char kStreamCircleRule[] = "stream-circle";
+constexpr char kChangedIdRule[] = "changed-id";
+constexpr char kOptionLostRule[] = "option-lost";
+constexpr char kFrameTooLargeRule[] = "frame-too-large";
+constexpr char kCropPaddingRule[] = "crop-padding";
 constexpr char kFrameParamsRule[] = "frame-params";
 
 /// A size in pixels.
@@ -49,8 +56,9 @@ struct Extent {
 /// is known already.
 class GraphInspection {
 public:
+    /// @param links    of the descriptor
     /// @param scratch  takes what is found
-    GraphInspection(const BuiltSetting& setting, Session& scratch);
+    GraphInspection(const BuiltSetting& setting, LinkTable& links, Session& scratch);
 
     const BuiltSetting& setting() const { return mSetting; }
     const NUXO::GraphConfigNode& graph() const { return *mSetting.built.graph; }
@@ -67,6 +75,7 @@ public:
     void report(const char* rule, const NUXO::IGraphConfig& item, uint32_t attribute, const std::string& text);
     void report(const char* rule, const Location& where, const std::string& text);
     void note(const NUXO::IGraphConfig& item, uint32_t attribute, const std::string& text);
+    void note(const Location& where, const std::string& text) { mScratch.findings.note(where, text); }
     bool hasFound(std::string_view rule) const { return mFound.count(std::string(rule)) > 0; }
     /// What was found is about this element, or explains what is wrong with it.
     void explain(const NUXO::IGraphConfig& item) { mExplained.insert(&item); }
@@ -93,8 +102,11 @@ public:
     bool isLeftOpen() const;
     /// Whether the descriptor's graph has a connection that leads to a node, made or not.
     bool isFedByGraph(const NUXO::IGraphConfig& node) const;
+    /// Whether the setting leads the connection of a port to another sink than the one that the graph names.
+    bool isRedirected(const NUXO::IGraphConfig& port) const;
 
 private:
+    Location atValue(const Location& where);
     bool isStarved(const std::string& node) const;
     bool isOpenEnded(const std::string& port) const;
     bool isOutside(const std::string& node) const;
@@ -103,11 +115,13 @@ private:
     Session& mScratch;
     ProgramGroups mGroups;
     std::vector<const NUXO::GraphConfigNode*> mNodes;
-    std::vector<SettingLink> mLinks;
+    SettingLinks mLinks;
     std::unordered_map<const NUXO::IGraphConfig*, size_t> mInFlow;  // only looked up
     std::unordered_set<const NUXO::IGraphConfig*> mExplained;       // likewise
     std::unordered_map<const NUXO::IGraphConfig*, Extent> mAllowed; // likewise
     std::set<std::string> mFound;
+    std::map<std::pair<uint32_t, uint32_t>, const XmlElement*>
+        mOverrides; // by line and column, once they are asked for
 };
 
 } // namespace NuxoTool

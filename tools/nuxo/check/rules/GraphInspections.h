@@ -17,12 +17,18 @@ void inspectPorts(GraphInspection& inspection);
 void inspectFeeding(GraphInspection& inspection);
 /// Switches that lead nowhere.
 void inspectRouting(GraphInspection& inspection);
+/// Sizes that overflow, and crops that add too much.
+void inspectLimits(GraphInspection& inspection);
 /// Sizes from the pixel array to the first program groups.
 void inspectCapture(GraphInspection& inspection);
 /// Sizes along the kernels of program groups.
 void inspectChains(GraphInspection& inspection);
 /// Sizes and formats of the two ends of each connection, and strides.
 void inspectConnections(GraphInspection& inspection);
+/// Numbers of kernels and groups that are not those of the descriptor.
+void inspectNumbers(GraphInspection& inspection);
+/// Options whose effect is lost.
+void inspectOptions(GraphInspection& inspection);
 /// Tuning modes of execution contexts.
 void inspectContexts(GraphInspection& inspection);
 /// What the library's analysis found and nothing before explains.

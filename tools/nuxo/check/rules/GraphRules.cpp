@@ -148,6 +148,46 @@ std::vector<Rule> sizeRules()
     };
 }
 
+std::vector<Rule> limitRules()
+{
+    return {
+        {kFrameTooLargeRule,
+         RuleSeverity::Error,
+         "a frame is so large that its bytes do not fit 32 bits",
+         "Bytes per line and the size of a buffer are numbers of 32 bits. Those of a larger frame wrap around: the "
+         "library gives a size that is far too small, or 0, and no message tells. Most often a digit too many is the "
+         "cause. Correct the size, at the port and behind it.",
+         {},
+         takeOwn<kFrameTooLargeRule>},
+        {kCropPaddingRule,
+         RuleSeverity::Error,
+         "a negative crop adds more than the frame has",
+         "left, top, right and bottom say what is cut off; a negative number adds as many columns or lines. One that "
+         "more than doubles the frame is hardly meant, and differences of very large numbers overflow. Write 0, or "
+         "what is to be cut off.",
+         {},
+         takeOwn<kCropPaddingRule>},
+        {kChangedIdRule,
+         RuleSeverity::Error,
+         "a setting, an option or an override gives a kernel or group a number that another one has",
+         "The descriptor numbers the kernels of a group from 0 (id), the kernels of a stream (pal_uuid) and the groups "
+         "of a graph (pg_id). Settings may write over a pal_uuid or pg_id, overrides over all of them. When a number "
+         "comes twice, or the ids of a group get a gap, clients give parameters to the wrong kernel. Leave such "
+         "numbers to the descriptor.",
+         {},
+         takeOwn<kChangedIdRule>},
+        {kOptionLostRule,
+         RuleSeverity::Warning,
+         "a difference chooses an option, but what the option applies is lost",
+         "An option writes its values into the graph at the moment when its attribute is written. A node that is made "
+         "from a base node joins the graph with its differences already made: an option that a difference chooses does "
+         "not find its target, and what it should change stays as it was. Where the setting states the attribute "
+         "again, the option works. State it there, or add differences for what the option applies.",
+         {},
+         takeOwn<kOptionLostRule>},
+    };
+}
+
 std::vector<Rule> analysisRules()
 {
     return {
@@ -200,7 +240,7 @@ std::vector<Rule> analysisRules()
 std::vector<Rule> graphRules()
 {
     std::vector<Rule> rules = constructionRules();
-    for (const std::vector<Rule>& more : {sizeRules(), analysisRules()})
+    for (const std::vector<Rule>& more : {sizeRules(), limitRules(), analysisRules()})
         rules.insert(rules.end(), more.begin(), more.end());
     return rules;
 }
