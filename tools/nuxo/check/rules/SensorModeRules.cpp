@@ -5,6 +5,7 @@
 #include "check/rules/SettingsPlaces.h"
 
 #include <algorithm>
+#include <set>
 
 namespace NuxoTool {
 
@@ -251,21 +252,24 @@ private:
     int64_t mFlow = 0;
 };
 
-bool isSizedBySettings(const SettingsModel& file, const std::string& mode)
+std::set<std::string> modesSizedBySettings(const SettingsModel& file)
 {
-    const auto& settings = file.settings();
-    return std::any_of(settings.begin(), settings.end(), [&mode](const ModelSetting& setting) {
+    std::set<std::string> modes;
+    for (const ModelSetting& setting : file.settings()) {
         const XmlElement* const sensor = setting.element->child(kSensor);
-        return sensor != nullptr && sensor->value("mode_id") == mode && sensor->attribute("width") != nullptr &&
-               sensor->attribute("height") != nullptr;
-    });
+        const bool isSized =
+            sensor != nullptr && sensor->attribute("width") != nullptr && sensor->attribute("height") != nullptr;
+        if (isSized) modes.insert(sensor->value("mode_id"));
+    }
+    return modes;
 }
 
 void checkModeValues(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    const std::set<std::string> sized = modesSizedBySettings(file);
     for (const ModelSensorMode& mode : file.sensorModes()) {
         const ModeView view(*mode.element, descriptor.node(kSensor));
-        ValueCheck(view, mode.id, reporter).check(isSizedBySettings(file, mode.id));
+        ValueCheck(view, mode.id, reporter).check(sized.count(mode.id) > 0);
     }
 }
 
@@ -278,14 +282,6 @@ void checkModeGeometry(const DescriptorModel& descriptor, const SettingsModel& f
 }
 
 // Values of the setting's sensor that its mode replaces.
-
-const XmlElement* modeOf(const SettingsModel& file, const std::string& id)
-{
-    const auto& modes = file.sensorModes();
-    const auto found =
-        std::find_if(modes.begin(), modes.end(), [&id](const ModelSensorMode& mode) { return mode.id == id; });
-    return found == modes.end() ? nullptr : found->element;
-}
 
 // Others stay as they are, and sizes are compared in the built graph.
 bool isReplaced(const std::string& attribute)
@@ -321,9 +317,9 @@ void checkLosses(const SettingPlace& place, const ModeView& mode, RuleReporter& 
     if (!isThere) return;
     const Losses losses = lossesOf(*place.written, counterpart);
     if (losses.first == nullptr) return;
-    reporter.report(*place.written, losses.first,
-                    "the sensor mode replaces " + listOf(losses.own) + " of " + place.title() + " with " +
-                        listOf(losses.fromMode) + "; expected the same here, or another mode");
+    reporter.reportOnce(*place.written, losses.first,
+                        "the sensor mode replaces " + listOf(losses.own) + " of " + place.title() + " with " +
+                            listOf(losses.fromMode) + "; expected the same here, or another mode");
     reporter.note(counterpart, losses.first, "mode " + named(mode.mode().value("name")));
 }
 
@@ -331,9 +327,9 @@ void checkReplacedValues(const DescriptorModel& descriptor, const SettingsModel&
 {
     for (const ModelSetting& setting : file.settings()) {
         const XmlElement* const sensor = setting.element->child(kSensor);
-        const XmlElement* const mode = sensor == nullptr ? nullptr : modeOf(file, sensor->value("mode_id"));
+        const ModelSensorMode* const mode = sensor == nullptr ? nullptr : file.sensorMode(sensor->value("mode_id"));
         if (mode == nullptr) continue;
-        const ModeView view(*mode, nullptr);
+        const ModeView view(*mode->element, nullptr);
         visitPlaces(descriptor, setting, [&](const SettingPlace& place) {
             if (place.node != nullptr && place.node->name == kSensor) checkLosses(place, view, reporter);
         });

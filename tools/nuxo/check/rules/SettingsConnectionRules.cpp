@@ -7,6 +7,7 @@
 #include "check/rules/SettingsPeers.h"
 #include "check/rules/SettingsPlaces.h"
 
+#include <algorithm>
 #include <optional>
 #include <set>
 
@@ -15,7 +16,6 @@ namespace NuxoTool {
 namespace {
 
 using State = SettingLink::State;
-using Links = std::vector<SettingLink>;
 
 std::string tag(const std::string& name)
 {
@@ -29,27 +29,28 @@ std::string sourceOf(const SettingLink& link)
 
 void checkPeers(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
-    const SeePeer see = [&reporter](const XmlElement& port, const std::string& trouble) {
-        reporter.report(port, "peer", trouble);
-    };
-    for (const ModelSetting& setting : file.settings()) visitBadPeers(descriptor, setting, see);
+    LinkTable links(descriptor);
+    PeerCheck peers(descriptor);
+    for (const ModelSetting& setting : file.settings()) {
+        peers.visitBad(setting, links.linksOf(setting),
+                       [&reporter](const XmlElement& port, const std::string& trouble) {
+                           reporter.report(port, "peer", trouble);
+                       });
+    }
 }
 
 // Connections of which one end is missing.
 
 class HalfConnections {
 public:
-    HalfConnections(const ModelSetting& setting, RuleReporter& reporter)
-        : mSetting(setting), mReporter(reporter), mLinks(linksOf(setting))
+    HalfConnections(const ModelSetting& setting, const SettingLinks& links, RuleReporter& reporter)
+        : mSetting(setting), mReporter(reporter), mLinks(links)
     {
-        for (const SettingLink& link : mLinks) {
-            if (link.state == State::Made) mMade.insert(link.connection->source.text);
-        }
     }
 
     void check()
     {
-        for (const SettingLink& link : mLinks) checkSource(link);
+        for (const SettingLink& link : mLinks.all()) checkSource(link);
         for (const XmlElement* const node : mSetting.element->children) checkNode(*node);
     }
 
@@ -57,14 +58,16 @@ private:
     // A port that is on, with nowhere to go.
     void checkSource(const SettingLink& link)
     {
-        const std::string& source = link.connection->source.text;
-        if (link.state != State::SinkMissing || link.isRedirected || mMade.count(source) > 0 || !isOn(link)) return;
+        if (link.state != State::SinkMissing || link.isRedirected || !isOn(link)) return;
+        const std::string source = link.sourcePath();
+        if (!mSources.insert(source).second) return; // told already, or made
+        const std::vector<const SettingLink*>& own = mLinks.from(source);
+        if (std::any_of(own.begin(), own.end(), [](const auto* other) { return other->state == State::Made; })) return;
         std::vector<std::string> sinks;
         bool isNew = false;
-        for (const SettingLink& other : mLinks) {
-            if (other.connection->source.text != source) continue;
-            sinks.push_back(other.sinkName);
-            isNew = mMissing.insert(other.sinkName).second || isNew;
+        for (const SettingLink* const other : own) {
+            sinks.push_back(other->sinkName);
+            isNew = mMissing.insert(other->sinkName).second || isNew;
         }
         if (isNew) reportSource(link, sinks);
     }
@@ -98,12 +101,10 @@ private:
     void checkNode(const XmlElement& node)
     {
         const SettingLink* broken = nullptr;
-        for (const SettingLink& link : mLinks) {
-            const bool isDefault = link.connection->sink.nodeName == node.name;
-            const bool isOwn = link.connection->source.nodeName == node.name;
-            if (isOwn || (link.sinkName != node.name && !isDefault)) continue;
-            if (link.sinkName == node.name && link.state == State::Made) return;
-            if (broken == nullptr || rank(link) < rank(*broken)) broken = &link;
+        for (const SettingLink* const link : mLinks.to(node.name)) {
+            if (link->connection->source.nodeName == node.name) continue;
+            if (link->sinkName == node.name && link->state == State::Made) return;
+            if (broken == nullptr || rank(*link) < rank(*broken)) broken = link;
         }
         if (broken == nullptr || node.integer("enabled") == 0) return;
         const std::string& feeder = broken->connection->source.nodeName;
@@ -143,16 +144,21 @@ private:
 
     const ModelSetting& mSetting;
     RuleReporter& mReporter;
-    Links mLinks;
-    std::set<std::string> mMade;    // ends where a connection of the graph starts
+    const SettingLinks& mLinks;
+    std::set<std::string> mSources; // ports that were looked at
     std::set<std::string> mMissing; // nodes that were found to be missing
 };
 
 void checkHalves(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    LinkTable table(descriptor);
+    PeerCheck peers(descriptor);
     for (const ModelSetting& setting : file.settings()) {
-        const bool isSound = namesAreKnown(descriptor, setting) && !hasBadPeers(descriptor, setting);
-        if (isSound) HalfConnections(setting, reporter).check();
+        const SettingLinks links = table.linksOf(setting);
+        // A connection that is at fault itself may well be what is missing.
+        const bool isSound = table.namesAreKnown(setting, links) && !peers.hasBad(setting, links) &&
+                             (setting.graph == nullptr || !reporter.hasErrors(*setting.graph->element));
+        if (isSound) HalfConnections(setting, links, reporter).check();
     }
 }
 
@@ -169,17 +175,19 @@ void checkHandover(const ModelSetting& setting, const SettingLink& link, RuleRep
     if (reporter.hasErrors(*setting.graph->element) || isFaulty(*connection.sink.node, reporter)) return;
     const std::optional<ModelValue> taken = connection.sink.node->value(connection.sink.portName + ":format");
     if (!taken || taken->text == given) return;
-    reporter.report(*link.source, "format",
-                    sourceOf(link) + " hands on " + named(given) + ", but " + named(connection.sink.text) + " takes " +
-                        named(taken->text) + "; expected " + named(taken->text));
+    reporter.reportOnce(*link.source, "format",
+                        sourceOf(link) + " hands on " + named(given) + ", but " + named(connection.sink.text) +
+                            " takes " + named(taken->text) + "; expected " + named(taken->text));
     reporter.note(*taken->element, taken->attribute, "what the next node takes");
 }
 
-void checkHandovers(const DescriptorModel&, const SettingsModel& file, RuleReporter& reporter)
+void checkHandovers(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
     NUXOFormats::initNUXOFormats();
+    LinkTable table(descriptor);
     for (const ModelSetting& setting : file.settings()) {
-        for (const SettingLink& link : linksOf(setting)) checkHandover(setting, link, reporter);
+        const SettingLinks links = table.linksOf(setting);
+        for (const SettingLink& link : links.all()) checkHandover(setting, link, reporter);
     }
 }
 

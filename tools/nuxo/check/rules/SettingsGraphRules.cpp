@@ -3,12 +3,14 @@
 
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/NearNames.h"
 #include "check/rules/SettingsLinks.h"
 #include "check/rules/SettingsPlaces.h"
 #include "check/rules/SettingsStrays.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <iterator>
+#include <map>
+#include <set>
 
 namespace NuxoTool {
 
@@ -38,28 +40,85 @@ void checkVersion(const DescriptorModel& descriptor, const SettingsModel& file, 
     reporter.note(*descriptor.document().root(), "version", "the descriptor's version");
 }
 
-// Of graphs that stand equally near the first one.
-std::string nearestGraph(int32_t id, const DescriptorModel& descriptor, const std::vector<std::string>& ids)
-{
-    const std::string similar = suggestionFor(std::to_string(id), ids);
-    if (!similar.empty()) return similar;
-    int64_t best = -1;
-    std::string nearest;
-    for (const ModelGraph& graph : descriptor.graphs()) {
-        if (!graph.id) continue;
-        const int64_t distance = std::abs(int64_t{*graph.id} - id);
-        if (best >= 0 && distance >= best) continue;
-        best = distance;
-        nearest = std::to_string(*graph.id);
+// What is said of ids that no graph has.
+class MissingGraphs {
+public:
+    MissingGraphs(const DescriptorModel& descriptor, const StrayCheck& nodes)
+        : mDescriptor(descriptor), mNodes(nodes), mIds(idsOf(descriptor))
+    {
+        for (const ModelGraph& graph : descriptor.graphs()) {
+            if (graph.id) mNumbers.insert(*graph.id);
+        }
+        const std::vector<std::string>& ids = mIds.candidates();
+        mExpected = ids.empty() ? "a descriptor with graphs" : "one of its graphs: " + someOf(ids);
     }
-    return nearest.empty() ? "" : "; the nearest is " + nearest;
-}
+
+    std::string text(const ModelSetting& setting)
+    {
+        const int32_t id = *setting.graphId;
+        const std::set<int32_t>& fitting = graphsFor(setting);
+        return "the descriptor has no graph " + std::to_string(id) + "; expected " + mExpected +
+               (fitting.empty() ? nearest(id) : didYouMean(std::to_string(neighbourOf(id, fitting))));
+    }
+
+private:
+    static std::vector<std::string> idsOf(const DescriptorModel& descriptor)
+    {
+        std::vector<std::string> ids;
+        for (const ModelGraph& graph : descriptor.graphs()) {
+            if (graph.id && descriptor.graph(*graph.id) == &graph) ids.push_back(std::to_string(*graph.id));
+        }
+        return ids;
+    }
+
+    // Graphs that have all nodes of a setting but for sinks, which any graph may get.
+    const std::set<int32_t>& graphsFor(const ModelSetting& setting)
+    {
+        std::vector<std::string> names;
+        for (const XmlElement* const child : setting.element->children) {
+            const ModelNode* const node = mDescriptor.node(child->name);
+            if (node != nullptr && node->kind != "sink") names.push_back(node->name);
+        }
+        const auto [found, isNew] = mFitting.try_emplace(names);
+        if (isNew) {
+            for (const int32_t id : mNodes.graphsWith(names)) found->second.insert(id);
+        }
+        return found->second;
+    }
+
+    // The nearest number, unless another one looks more like this one.
+    std::string nearest(int32_t id)
+    {
+        if (mNumbers.empty()) return "";
+        const std::string text = std::to_string(id);
+        const std::string byNumber = std::to_string(neighbourOf(id, mNumbers));
+        const std::string similar = closestOf(text, {byNumber, mIds.closest(text)});
+        return similar.empty() ? "; the nearest is " + byNumber : didYouMean(similar);
+    }
+
+    // Of two that stand equally near the lower one.
+    static int32_t neighbourOf(int32_t id, const std::set<int32_t>& numbers)
+    {
+        const auto above = numbers.lower_bound(id);
+        if (above == numbers.begin()) return *above;
+        const auto below = std::prev(above);
+        const bool isAbove = above != numbers.end() && int64_t{*above} - id < int64_t{id} - *below;
+        return isAbove ? *above : *below;
+    }
+
+    const DescriptorModel& mDescriptor;
+    const StrayCheck& mNodes;
+    std::set<int32_t> mNumbers;
+    NearNames mIds;
+    std::string mExpected;
+    std::map<std::vector<std::string>, std::set<int32_t>> mFitting; ///< by the nodes of settings
+};
 
 // The graph exists, but nodes of the setting are part of another one.
-void checkNodesOfGraph(const DescriptorModel& descriptor, const ModelSetting& setting, RuleReporter& reporter)
+void checkNodesOfGraph(const ModelSetting& setting, StrayCheck& strays, RuleReporter& reporter)
 {
-    const StrayNodes nodes = strayNodesOf(descriptor, setting);
-    const std::vector<std::string>& better = nodes.betterGraphs;
+    const StrayNodes nodes = strays.straysOf(setting);
+    const std::vector<int32_t>& better = nodes.betterGraphs;
     if (better.empty()) return;
     constexpr size_t listed = 4;
     std::vector<std::string> names;
@@ -73,31 +132,25 @@ void checkNodesOfGraph(const DescriptorModel& descriptor, const ModelSetting& se
                              ? listOf(names, ", ") + " and " + std::to_string(nodes.strays.size() - listed) + " others"
                              : listOf(names, " or ")) +
                         ", which this setting configures; expected a graph with all of its nodes; did you mean " +
-                        (better.size() == 1 ? '\'' + better[0] + "'?" : listOf(better, " or ") + '?'));
+                        (better.size() == 1 ? '\'' + std::to_string(better[0]) + "'?" : someOf(better) + '?'));
 }
 
 void checkGraphIds(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
-    std::vector<std::string> ids;
-    for (const ModelGraph& graph : descriptor.graphs()) {
-        if (graph.id && descriptor.graph(*graph.id) == &graph) ids.push_back(std::to_string(*graph.id));
-    }
+    StrayCheck strays(descriptor);
+    MissingGraphs missing(descriptor, strays);
     for (const ModelSetting& setting : file.settings()) {
-        if (setting.graph != nullptr) checkNodesOfGraph(descriptor, setting, reporter);
-        if (!setting.graphId || setting.graph != nullptr) continue;
-        const std::string expected =
-            ids.empty() ? "a descriptor with graphs" : "one of its graphs: " + listOf(ids, " or ");
-        reporter.report(*setting.element, "id",
-                        "the descriptor has no graph " + std::to_string(*setting.graphId) + "; expected " + expected +
-                            nearestGraph(*setting.graphId, descriptor, ids));
+        if (setting.graph != nullptr) checkNodesOfGraph(setting, strays, reporter);
+        if (setting.graphId && setting.graph == nullptr)
+            reporter.reportOnce(*setting.element, "id", missing.text(setting));
     }
 }
 
 // Whether the sensor is in the graph of a setting, as its first source: then its mode is looked up.
-bool isFedBySensor(const ModelSetting& setting)
+bool isFedBySensor(const ModelSetting& setting, const SettingLinks& links)
 {
     bool hasSensor = setting.element->child(kSensor) != nullptr;
-    for (const SettingLink& link : linksOf(setting)) {
+    for (const SettingLink& link : links.all()) {
         const bool isMade = link.state == SettingLink::State::Made;
         const std::string& source = link.connection->source.nodeName;
         if (isMade && source == kFirstBufferSource) return false;
@@ -109,24 +162,25 @@ bool isFedBySensor(const ModelSetting& setting)
 class ModeCheck {
 public:
     ModeCheck(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
-        : mFile(file), mReporter(reporter), mSensor(descriptor.node(kSensor))
+        : mFile(file), mReporter(reporter), mSensor(descriptor.node(kSensor)), mLinks(descriptor), mModes(modesOf(file))
     {
-        for (const ModelSensorMode& mode : file.sensorModes()) {
-            if (std::find(mModes.begin(), mModes.end(), mode.id) == mModes.end()) mModes.push_back(mode.id);
-        }
+        std::vector<std::string> names;
+        for (const std::string& mode : mModes.candidates()) names.push_back(named(mode));
+        if (!names.empty()) mModesText = ": " + someOf(names);
     }
 
     void check(const ModelSetting& setting)
     {
-        if (mSensor == nullptr || setting.graph == nullptr || !isFedBySensor(setting)) return;
+        if (mSensor == nullptr || setting.graph == nullptr || !isFedBySensor(setting, mLinks.linksOf(setting))) return;
         const XmlElement* const sensor = setting.element->child(kSensor);
         const XmlElement& place = sensor == nullptr ? *setting.element : *sensor;
         const XmlAttribute* const own = place.attribute("mode_id");
         const std::optional<ModelValue> inherited = mSensor->value("mode_id");
         if (own == nullptr && !inherited) {
-            mReporter.report(place, "graph " + std::to_string(*setting.graphId) +
-                                        " is fed by the sensor, but this setting gives it no mode; expected <" +
-                                        kSensor + " mode_id=\"...\">" + modesText());
+            mReporter.reportOnce(place, "",
+                                 "graph " + std::to_string(*setting.graphId) +
+                                     " is fed by the sensor, but this setting gives it no mode; expected <" + kSensor +
+                                     " mode_id=\"...\">" + mModesText);
             return;
         }
         checkMode(place, own == nullptr ? inherited->text : own->value);
@@ -136,34 +190,33 @@ private:
     void checkMode(const XmlElement& place, const std::string& mode)
     {
         if (mFile.sensorModesElement() == nullptr) {
-            mReporter.report(place, "mode_id",
-                             "mode " + named(mode) +
-                                 " is looked up in 'sensor_modes', which this file does not have; "
-                                 "expected <sensor_modes> with the modes beside the settings");
+            mReporter.reportOnce(place, "mode_id",
+                                 "mode " + named(mode) +
+                                     " is looked up in 'sensor_modes', which this file does not have; "
+                                     "expected <sensor_modes> with the modes beside the settings");
             return;
         }
-        for (const std::string& known : mModes) {
-            if (known == mode) return;
-        }
-        mReporter.report(place, "mode_id",
-                         named(mode) + " is none of the sensor modes; expected one of them" + modesText() +
-                             suggestionFor(mode, mModes));
+        if (mFile.sensorMode(mode) != nullptr) return;
+        mReporter.reportOnce(place, "mode_id",
+                             named(mode) + " is none of the sensor modes; expected one of them" + mModesText +
+                                 mModes.suggestionFor(mode));
     }
 
-    std::string modesText() const
+    static std::vector<std::string> modesOf(const SettingsModel& file)
     {
-        constexpr size_t listed = 12;
-        if (mModes.empty()) return "";
-        std::vector<std::string> some;
-        for (size_t i = 0; i < mModes.size() && i < listed; ++i) some.push_back(named(mModes[i]));
-        const bool isCut = mModes.size() > listed;
-        return ": " + (isCut ? listOf(some, ", ") + ", ..." : listOf(some, " or "));
+        std::vector<std::string> modes;
+        for (const ModelSensorMode& mode : file.sensorModes()) {
+            if (file.sensorMode(mode.id) == &mode) modes.push_back(mode.id);
+        }
+        return modes;
     }
 
     const SettingsModel& mFile;
     RuleReporter& mReporter;
     const ModelNode* mSensor;
-    std::vector<std::string> mModes;
+    LinkTable mLinks;
+    NearNames mModes;
+    std::string mModesText; ///< all of them, for what was expected
 };
 
 void checkModeIds(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)

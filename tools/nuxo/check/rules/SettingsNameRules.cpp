@@ -3,14 +3,18 @@
 
 #include "Suggestion.h"
 #include "Text.h"
-#include "check/rules/SettingsStrays.h"
+#include "check/rules/Causes.h"
+#include "check/rules/NearNames.h"
 #include "check/rules/SettingsPlaces.h"
+#include "check/rules/SettingsStrays.h"
 
 #include <nuxo/tree/ItemUID.h>
 #include <nuxo/tree/NuxoKeys.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <utility>
 
 namespace NuxoTool {
 
@@ -57,46 +61,68 @@ void checkTypes(const DescriptorModel& descriptor, const SettingsModel& file, Ru
     });
 }
 
-// Names with capitals, which settings cannot speak of, are faults of the descriptor.
-bool differsInCase(const std::string& name, const std::vector<std::string>& names)
-{
-    return std::any_of(names.begin(), names.end(),
-                       [&name](const std::string& each) { return lowerCase(each) == name; });
-}
-
-std::string basesText(const DescriptorModel& descriptor, const ModelNode& base)
-{
-    std::vector<std::string> users;
-    for (const ModelNode& node : descriptor.nodes()) {
-        if (node.base == base.element) users.push_back(named(node.name));
+// Tells what is wrong with the name of a node, for many names.
+class UnknownNodes {
+public:
+    explicit UnknownNodes(const DescriptorModel& descriptor) : mDescriptor(descriptor), mNames(namesOf(descriptor))
+    {
+        for (const std::string& name : mNames.candidates()) {
+            if (lowerCase(name) != name) mWithCapitals.insert(lowerCase(name));
+        }
+        for (const ModelNode& node : descriptor.nodes()) {
+            if (node.base != nullptr) mUsers[node.base].push_back(named(node.name));
+        }
     }
-    return named(base.name) + " is a base node, of which no graph is made; expected a node that is built on it" +
-           (users.empty() ? "" : ": " + listOf(users, " or "));
-}
 
-std::string unknownNodeText(const DescriptorModel& descriptor, const SettingPlace& place)
-{
-    const std::string& name = place.written->name;
-    const ModelNode* const base = descriptor.node(name);
-    if (base != nullptr) return basesText(descriptor, *base);
-    return named(name) + " is no node of the descriptor; expected the name of one" +
-           suggestionFor(name, namesBeside(place, descriptor));
-}
+    // Names with capitals, which settings cannot speak of, are faults of the descriptor.
+    bool differsInCase(const std::string& name) const { return mWithCapitals.count(name) > 0; }
+
+    std::string text(const std::string& name)
+    {
+        const ModelNode* const base = mDescriptor.node(name);
+        if (base != nullptr) return baseText(*base);
+        return named(name) + " is no node of the descriptor; expected the name of one" + mNames.suggestionFor(name);
+    }
+
+private:
+    static std::vector<std::string> namesOf(const DescriptorModel& descriptor)
+    {
+        std::vector<std::string> names;
+        for (const ModelNode& node : descriptor.nodes()) {
+            if (!node.isBase) names.push_back(node.name);
+        }
+        return names;
+    }
+
+    std::string baseText(const ModelNode& base) const
+    {
+        const auto users = mUsers.find(base.element);
+        return named(base.name) + " is a base node, of which no graph is made; expected a node that is built on it" +
+               (users == mUsers.end() ? "" : ": " + someOf(users->second));
+    }
+
+    const DescriptorModel& mDescriptor;
+    NearNames mNames;
+    std::set<std::string> mWithCapitals;
+    std::map<const XmlElement*, std::vector<std::string>> mUsers; // of base nodes; only looked up
+};
 
 void checkNodes(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    UnknownNodes unknown(descriptor);
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         if (!place.isNode() || place.standing != Standing::Unknown || isAttributeOf(place)) return;
-        if (differsInCase(place.written->name, namesBeside(place, descriptor))) return;
-        reporter.report(*place.written, unknownNodeText(descriptor, place));
+        const std::string& name = place.written->name;
+        if (!unknown.differsInCase(name))
+            reporter.reportCause(missingNode(name), *place.written, "", unknown.text(name));
     });
 }
 
-std::string quotedList(const std::vector<std::string>& names)
+std::vector<std::string> quotedNames(const std::vector<std::string>& names)
 {
-    std::vector<std::string> quotedNames;
-    for (const std::string& name : names) quotedNames.push_back(named(name));
-    return listOf(quotedNames, " or ");
+    std::vector<std::string> all;
+    for (const std::string& name : names) all.push_back(named(name));
+    return all;
 }
 
 // What kind of part an element can only be, going by what it holds; "" when that does not tell.
@@ -111,88 +137,135 @@ const char* likelyKind(const XmlElement& written)
     return "";
 }
 
-// The one other node of the setting that has a part of that name.
-std::string holderOf(const SettingPlace& place)
-{
-    std::vector<std::string> holders;
-    if (place.setting == nullptr) return "";
-    for (const XmlElement* const other : place.setting->element->children) {
-        const ModelNode* const node = place.descriptor->node(other->name);
-        if (node != nullptr && node->part(place.written->name) != nullptr) holders.push_back(named(node->name));
+// Tells what is wrong with the name of a part, for many names.
+class UnknownParts {
+public:
+    std::string text(const SettingPlace& place)
+    {
+        const std::string name = named(place.written->name);
+        if (place.declared != nullptr)
+            return name + " elements have no names, so settings cannot tell which one is meant; expected values of "
+                          "ports, kernels, muxes and other named parts only, such as the active_input of a mux";
+        if (place.written->name == "mbr_data")
+            return "'mbr_data' stands in " + named(place.written->parent->name) +
+                   ", where nothing looks for it; expected it at the top of the setting, beside the nodes";
+        if (place.isPart()) return name + " is no part of " + named(place.node->name) + "; expected " + expected(place);
+        const std::vector<std::string> names = namesBeside(place, *place.descriptor);
+        const std::string title = place.title();
+        return name + " is no part of " + title.substr(0, title.rfind(':')) + "'; expected " +
+               (names.empty() ? "no element here" : someOf(quotedNames(names))) +
+               NuxoTool::suggestionFor(place.written->name, names);
     }
-    return holders.size() == 1 ? "; " + holders.front() + " has one of that name" : "";
-}
 
-// Parts of the likely kind are asked first: all of them are listed when none is near.
-std::string expectedPart(const SettingPlace& place, const std::vector<std::string>& all)
-{
-    const std::string& name = place.written->name;
-    const std::string kind = likelyKind(*place.written);
-    const std::vector<std::string> likely = NuxoTool::namesOf(place.node->partsOfKind(kind));
-    constexpr size_t listed = 12;
-    const std::string holder = holderOf(place);
-    const std::string suggestion = holder.empty() ? suggestionFor(name, likely) : holder;
-    if (!likely.empty() && likely.size() <= listed)
-        return (likely.size() > 1 ? "one of " : "") + quotedList(likely) + suggestion;
-    if (!suggestion.empty()) return "the name of a " + (kind.empty() ? "part" : kind) + suggestion;
-    return "the name of a port, a kernel or another part" + suggestionFor(name, all);
-}
+private:
+    // Parts of the likely kind are asked first: all of them are listed when none is near.
+    std::string expected(const SettingPlace& place)
+    {
+        const std::string& name = place.written->name;
+        const std::string kind = likelyKind(*place.written);
+        NearNames& likely = partsOf(*place.node, kind);
+        const std::vector<std::string>& names = likely.candidates();
+        constexpr size_t listed = 12;
+        const std::string holder = holderOf(place);
+        const std::string suggestion = holder.empty() ? likely.suggestionFor(name) : holder;
+        if (!names.empty() && names.size() <= listed)
+            return (names.size() > 1 ? "one of " : "") + someOf(quotedNames(names)) + suggestion;
+        if (!suggestion.empty()) return "the name of a " + (kind.empty() ? "part" : kind) + suggestion;
+        return "the name of a port, a kernel or another part" + allPartsOf(place).suggestionFor(name);
+    }
 
-// Where the misspelled element stands, and what it could have been.
-std::string unknownPartText(const DescriptorModel& descriptor, const SettingPlace& place)
-{
-    const std::string name = named(place.written->name);
-    const std::vector<std::string> names = namesBeside(place, descriptor);
-    if (place.isPart())
-        return name + " is no part of " + named(place.node->name) + "; expected " + expectedPart(place, names);
-    const std::string title = place.title();
-    return name + " is no part of " + title.substr(0, title.rfind(':')) + "'; expected " +
-           (names.empty() ? "no element here" : quotedList(names)) + suggestionFor(place.written->name, names);
-}
+    NearNames& partsOf(const ModelNode& node, const std::string& kind)
+    {
+        const auto found = mParts.find({&node, kind});
+        if (found != mParts.end()) return found->second;
+        return mParts.emplace(std::pair(&node, kind), NuxoTool::namesOf(node.partsOfKind(kind))).first->second;
+    }
+
+    NearNames& allPartsOf(const SettingPlace& place)
+    {
+        const auto found = mAllParts.find(place.node);
+        if (found != mAllParts.end()) return found->second;
+        return mAllParts.emplace(place.node, namesBeside(place, *place.descriptor)).first->second;
+    }
+
+    // The one other node of the setting that has a part of that name.
+    std::string holderOf(const SettingPlace& place)
+    {
+        if (place.setting == nullptr) return "";
+        if (mHoldersIn != place.setting) collectHolders(place);
+        const auto holders = mHolders.find(place.written->name);
+        const bool isOne = holders != mHolders.end() && holders->second.size() == 1;
+        return isOne ? "; " + named((*holders->second.begin())->name) + " has one of that name" : "";
+    }
+
+    void collectHolders(const SettingPlace& place)
+    {
+        mHoldersIn = place.setting;
+        mHolders.clear();
+        for (const XmlElement* const written : place.setting->element->children) {
+            const ModelNode* const node = place.descriptor->node(written->name);
+            if (node == nullptr) continue;
+            for (const ModelPart& part : node->parts) mHolders[part.name].insert(node);
+        }
+    }
+
+    std::map<std::pair<const ModelNode*, std::string>, NearNames> mParts; ///< by node and kind; only looked up
+    std::map<const ModelNode*, NearNames> mAllParts;                      // likewise
+    const ModelSetting* mHoldersIn = nullptr;
+    std::map<std::string, std::set<const ModelNode*>> mHolders; ///< nodes of that setting by names of parts
+};
 
 void checkParts(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    UnknownParts unknown;
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         if (place.isNode() || place.standing != Standing::Unknown || isAttributeOf(place)) return;
         if (isFaulty(*place.node, reporter)) return;
-        reporter.report(*place.written, unknownPartText(descriptor, place));
+        if (place.isPart() && place.declared == nullptr) {
+            reporter.reportCause(missingPart(*place.node, place.written->name), *place.written, "",
+                                 unknown.text(place));
+        } else {
+            reporter.reportOnce(*place.written, "", unknown.text(place));
+        }
     });
 }
 
 // The second element of a name is merged over the first, and only the first is looked at for connections.
 void checkTwins(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
-    std::set<std::pair<const XmlElement*, std::string>> seen;
+    std::map<std::pair<const XmlElement*, std::string>, const XmlElement*> seen; // only looked up
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         const XmlElement& written = *place.written;
-        if (seen.emplace(written.parent, written.name).second) return;
+        const auto [first, isNew] = seen.emplace(std::pair(written.parent, written.name), &written);
+        if (isNew) return;
         reporter.report(written, place.title() + " stands here a second time; expected one element for it");
-        reporter.note(*written.parent->child(written.name), "the first one");
+        reporter.note(*first->second, "the first one");
     });
 }
 
-std::string graphsText(const std::vector<std::string>& graphs)
+std::string graphsText(const std::vector<int32_t>& graphs)
 {
     if (graphs.empty()) return "";
-    return graphs.size() == 1 ? " (graph " + graphs[0] + " has it)" : " (graphs " + listOf(graphs) + " have it)";
+    return (graphs.size() == 1 ? " (graph " : " (graphs ") + someOf(graphs, " and ") +
+           (graphs.size() == 1 ? " has it)" : " have it)");
 }
 
-void checkStrays(const DescriptorModel& descriptor, const ModelSetting& setting, RuleReporter& reporter)
+void checkStrays(const ModelSetting& setting, StrayCheck& check, RuleReporter& reporter)
 {
-    const StrayNodes nodes = strayNodesOf(descriptor, setting);
+    const StrayNodes nodes = check.straysOf(setting);
     if (!nodes.betterGraphs.empty()) return; // the graph is wrong, not the nodes
     for (const XmlElement* const stray : nodes.strays) {
-        reporter.report(*stray, named(stray->name) + " is not part of graph " + std::to_string(*setting.graphId) +
-                                    ", so its values configure nothing; expected a node of that graph" +
-                                    graphsText(graphsWith(descriptor, {stray->name})));
+        reporter.reportOnce(*stray, "",
+                            named(stray->name) + " is not part of graph " + std::to_string(*setting.graphId) +
+                                ", so its values configure nothing; expected a node of that graph" +
+                                graphsText(check.graphsWith({stray->name})));
     }
 }
 
 void checkUnusedNodes(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
-    for (const ModelSetting& setting : file.settings()) {
-        checkStrays(descriptor, setting, reporter);
-    }
+    StrayCheck check(descriptor);
+    for (const ModelSetting& setting : file.settings()) checkStrays(setting, check, reporter);
 }
 
 } // namespace

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules/SettingsRules.h"
-#include "Text.h"
 
+#include "Text.h"
 #include "check/rules/SettingsPlaces.h"
 
 #include <map>
 #include <set>
+#include <utility>
 
 namespace NuxoTool {
 
@@ -54,13 +55,30 @@ const ModelPart* gapBehind(const ModelNode& node, const WaysBack& ways, const st
     return gap;
 }
 
-void checkPort(const SettingPlace& port, RuleReporter& reporter)
+// The gaps behind the output ports of nodes, each looked for once.
+class Gaps {
+public:
+    const ModelPart* behind(const ModelNode& node, const std::string& port)
+    {
+        const auto [gap, isNew] = mGaps.try_emplace(std::pair(&node, port), nullptr);
+        if (!isNew) return gap->second;
+        const auto [ways, isNewNode] = mWays.try_emplace(&node);
+        if (isNewNode) ways->second = waysBackOf(node);
+        if (!ways->second.empty()) gap->second = gapBehind(node, ways->second, port);
+        return gap->second;
+    }
+
+private:
+    std::map<const ModelNode*, WaysBack> mWays;                                 // only looked up
+    std::map<std::pair<const ModelNode*, std::string>, const ModelPart*> mGaps; // likewise
+};
+
+void checkPort(const SettingPlace& port, Gaps& gaps, RuleReporter& reporter)
 {
     const ModelNode& node = *port.node;
     const bool isOutput = port.integer("direction") == 1;
     if (!isOutput || !port.isEnabled() || port.integer("private").value_or(0) != 0 || isFaulty(node, reporter)) return;
-    const WaysBack ways = waysBackOf(node);
-    const ModelPart* const gap = ways.empty() ? nullptr : gapBehind(node, ways, port.path);
+    const ModelPart* const gap = gaps.behind(node, port.path);
     if (gap == nullptr) return;
     reporter.report(*gap->element, "no klink leads to " + named(node.name + ':' + gap->name) +
                                        (gap->name == port.path ? "" : ", so no frame gets to " + port.title()) +
@@ -70,8 +88,10 @@ void checkPort(const SettingPlace& port, RuleReporter& reporter)
 
 void checkPaths(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    Gaps gaps;
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
-        if (place.isPort() && place.setting != nullptr && place.setting->graph != nullptr) checkPort(place, reporter);
+        const bool isUsed = place.isPort() && place.setting != nullptr && place.setting->graph != nullptr;
+        if (isUsed) checkPort(place, gaps, reporter);
     });
 }
 

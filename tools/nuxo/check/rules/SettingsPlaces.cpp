@@ -17,6 +17,12 @@ bool isOneOf(std::string_view name, std::initializer_list<std::string_view> name
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// Elements of a descriptor that are not told apart by names.
+bool isNameless(std::string_view element)
+{
+    return isOneOf(element, {"klink", "options"});
+}
+
 bool hasEnds(std::string_view element)
 {
     return isOneOf(element, {"zmt_pixelformatter", "stream2mmio", "pixel_array", "binner", "scaler"});
@@ -101,6 +107,7 @@ private:
             place.part = parent.part;
             place.declared = parent.declared == nullptr ? nullptr : childFiled(*parent.declared, child.name);
         }
+        if (isNameless(child.name)) return place; // whatever the descriptor has of it
         if (place.declared != nullptr) {
             place.standing = SettingPlace::Standing::Declared;
         } else if (mayJoin(parent, child)) {
@@ -132,10 +139,15 @@ SettingPlace placeOfNode(const DescriptorModel& descriptor, const ModelSetting& 
 
 } // namespace
 
-std::string SettingPlace::title() const
+std::string SettingPlace::fullPath() const
 {
     const std::string& top = node == nullptr ? written->name : node->name;
-    return named(isNode() ? top : top + ':' + path);
+    return isNode() ? top : top + ':' + path;
+}
+
+std::string SettingPlace::title() const
+{
+    return named(fullPath());
 }
 
 std::string SettingPlace::declaredText(std::string_view attribute) const
@@ -185,6 +197,12 @@ bool isFaulty(const ModelNode& node, const RuleReporter& reporter)
     return reporter.hasErrors(*node.element) || (node.base != nullptr && reporter.hasErrors(*node.base));
 }
 
+bool saysTheSame(const std::string& a, const std::string& b)
+{
+    const std::optional<int32_t> number = wholeInteger(a);
+    return a == b || (number && number == wholeInteger(b));
+}
+
 std::vector<std::string> namesBeside(const SettingPlace& place, const DescriptorModel& descriptor)
 {
     if (place.isNode()) {
@@ -197,7 +215,7 @@ std::vector<std::string> namesBeside(const SettingPlace& place, const Descriptor
     if (place.isPart()) {
         std::vector<std::string> names;
         for (const ModelPart& part : place.node->parts) {
-            if (part.kind != "klink" && part.kind != "attribute") names.push_back(part.name);
+            if (!isNameless(part.kind) && part.kind != "attribute") names.push_back(part.name);
         }
         return names;
     }

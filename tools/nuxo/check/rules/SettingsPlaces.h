@@ -41,7 +41,9 @@ struct SettingPlace {
     bool isSink() const { return isNode() && node != nullptr && node->kind == "sink"; }
     /// Below a kernel: its input, an output or one of several outputs.
     bool isKernelEnd() const { return !isNode() && !isPart() && part != nullptr && part->kind == "kernel"; }
-    /// "cb_vout:main_out", in quotes.
+    /// "cb_vout:main_out"
+    std::string fullPath() const;
+    /// The same in quotes.
     std::string title() const;
 
     /// What the graph gets: the value of the setting, or else that of the descriptor.
@@ -63,6 +65,9 @@ void visitPlaces(const DescriptorModel& descriptor, const SettingsModel& file, c
 
 /// Whether the descriptor's own rules found errors in a node: what settings say of it cannot be judged then.
 bool isFaulty(const ModelNode& node, const RuleReporter& reporter);
+
+/// Whether two texts give an attribute one value: they are equal, or are one number.
+bool saysTheSame(const std::string& a, const std::string& b);
 
 /// Names that an element in this place could have instead, for suggestions.
 std::vector<std::string> namesBeside(const SettingPlace& place, const DescriptorModel& descriptor);

@@ -14,6 +14,7 @@ std::vector<Rule> settingsGraphRules();
 std::vector<Rule> settingsConnectionRules();
 std::vector<Rule> settingsPathRules();
 std::vector<Rule> settingsValueRules();
+std::vector<Rule> settingsOverrideRules();
 std::vector<Rule> settingsSizeRules();
 std::vector<Rule> sensorModeRules();
 

@@ -1,44 +1,56 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules/SettingsStrays.h"
 
-#include "check/rules/SettingsLinks.h"
-#include "check/rules/SettingsPeers.h"
 #include "check/rules/SettingsPlaces.h"
 
 #include <algorithm>
-#include <set>
 
 namespace NuxoTool {
 
-std::vector<std::string> graphsWith(const DescriptorModel& descriptor, const std::vector<std::string>& nodes)
+StrayCheck::StrayCheck(const DescriptorModel& descriptor)
+    : mDescriptor(descriptor), mLinks(descriptor), mPeers(descriptor)
 {
-    std::vector<std::string> graphs;
     for (const ModelGraph& graph : descriptor.graphs()) {
-        std::set<std::string> names;
-        for (const ModelNode* const node : graph.nodes()) names.insert(node->name);
-        const bool hasAll = std::all_of(nodes.begin(), nodes.end(),
-                                        [&names](const std::string& name) { return names.count(name) > 0; });
-        if (hasAll && graph.id) graphs.push_back(std::to_string(*graph.id));
+        for (const ModelNode* const node : graph.nodes()) mGraphs[node->name].insert(&graph);
     }
-    return graphs;
 }
 
-StrayNodes strayNodesOf(const DescriptorModel& descriptor, const ModelSetting& setting)
+const std::set<const ModelGraph*>& StrayCheck::graphsOf(const std::string& node) const
+{
+    static const std::set<const ModelGraph*> none;
+    const auto found = mGraphs.find(node);
+    return found == mGraphs.end() ? none : found->second;
+}
+
+std::vector<int32_t> StrayCheck::graphsWith(const std::vector<std::string>& nodes) const
+{
+    std::vector<const std::set<const ModelGraph*>*> all;
+    for (const std::string& node : nodes) all.push_back(&graphsOf(node));
+    std::sort(all.begin(), all.end(), [](const auto* a, const auto* b) { return a->size() < b->size(); });
+    std::vector<int32_t> ids;
+    if (all.empty()) return {};
+    for (const ModelGraph* const graph : *all.front()) {
+        const bool hasAll =
+            std::all_of(all.begin(), all.end(), [graph](const auto* graphs) { return graphs->count(graph) > 0; });
+        if (hasAll && graph->id) ids.push_back(*graph->id);
+    }
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+StrayNodes StrayCheck::straysOf(const ModelSetting& setting)
 {
     StrayNodes nodes;
-    if (setting.graph == nullptr || !isWhole(*setting.graph)) return nodes;
+    if (setting.graph == nullptr || !mLinks.isWhole(*setting.graph)) return nodes;
     std::vector<std::string> all; // that a graph must have
-    const std::vector<SettingLink> links = linksOf(setting);
-    const bool hasLostSinks = hasBadPeers(descriptor, setting);
-    visitPlaces(descriptor, setting, [&](const SettingPlace& place) {
+    const SettingLinks links = mLinks.linksOf(setting);
+    const bool hasLostSinks = mPeers.hasBad(setting, links);
+    visitPlaces(mDescriptor, setting, [&](const SettingPlace& place) {
         if (!place.isNode() || place.node == nullptr || (hasLostSinks && place.isSink())) return;
-        if (!isOnPath(links, place.node->name)) nodes.strays.push_back(place.written);
-        const bool isPeer = std::any_of(links.begin(), links.end(), [&](const SettingLink& link) {
-            return link.isRedirected && link.sinkName == place.node->name;
-        });
-        if (!isPeer) all.push_back(place.node->name);
+        if (!links.isOnPath(place.node->name)) nodes.strays.push_back(place.written);
+        if (!links.isPeer(place.node->name)) all.push_back(place.node->name);
     });
-    if (nodes.strays.size() > 1) nodes.betterGraphs = graphsWith(descriptor, all);
+    if (nodes.strays.size() > 1) nodes.betterGraphs = graphsWith(all);
     return nodes;
 }
 

@@ -1,26 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "check/rules/SettingsRules.h"
-#include "Text.h"
 
-#include "Suggestion.h"
+#include "Text.h"
+#include "check/rules/NearNames.h"
 #include "check/rules/SettingsPlaces.h"
 
-#include <algorithm>
 #include <locale>
+#include <map>
+#include <optional>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace NuxoTool {
 
 namespace {
 
 using Standing = SettingPlace::Standing;
-
-bool isSame(const std::string& a, const std::string& b)
-{
-    const std::optional<int32_t> number = wholeInteger(a);
-    return a == b || (number && number == wholeInteger(b));
-}
 
 std::string assignment(const std::string& attribute, const std::string& value)
 {
@@ -39,20 +35,6 @@ std::vector<const XmlElement*> elementsBelow(const XmlElement& top)
 
 // Options lists.
 
-std::vector<const XmlElement*> optionsOf(const SettingPlace& place, const std::string& attribute)
-{
-    std::vector<const XmlElement*> lists;
-    const auto take = [&](const XmlElement& element) {
-        if (element.name == "options" && element.value("attribute") == attribute) lists.push_back(&element);
-    };
-    if (place.isNode()) {
-        for (const ModelPart& part : place.node->parts) take(*part.element);
-    } else if (place.declared != nullptr) {
-        for (const XmlElement* const child : place.declared->children) take(*child);
-    }
-    return lists;
-}
-
 std::vector<std::string> itemsOf(const std::string& text)
 {
     std::vector<std::string> items;
@@ -61,25 +43,80 @@ std::vector<std::string> itemsOf(const std::string& text)
     return items;
 }
 
-struct Choice {
-    const XmlElement* option = nullptr; ///< the first that has the value, null for none
-    std::vector<std::string> values;    ///< of all options
-};
-
-Choice choiceOf(const std::vector<const XmlElement*>& lists, const std::string& value)
-{
-    Choice choice;
-    for (const XmlElement* const list : lists) {
-        for (const XmlElement* const option : elementsBelow(*list)) {
+// The options of an element for one of its attributes, from all lists that it has for it.
+class OptionTable {
+public:
+    void add(const XmlElement& list)
+    {
+        if (mFirstList == nullptr) mFirstList = &list;
+        for (const XmlElement* const option : elementsBelow(list)) {
             if (option->attribute("value") == nullptr) continue;
             for (const std::string& item : itemsOf(option->value("value"))) {
-                choice.values.push_back(item);
-                if (choice.option == nullptr && item == value) choice.option = option;
+                mValues.push_back(item);
+                mOptions.emplace(item, option);
             }
         }
     }
-    return choice;
-}
+
+    /// Null when there is none.
+    const XmlElement* firstList() const { return mFirstList; }
+    /// The first that has a value, null for none.
+    const XmlElement* option(const std::string& value) const
+    {
+        const auto found = mOptions.find(value);
+        return found == mOptions.end() ? nullptr : found->second;
+    }
+    std::string expected(const std::string& value)
+    {
+        if (!mNear) mNear.emplace(mValues);
+        std::vector<std::string> values;
+        for (const std::string& each : mValues) values.push_back(named(each));
+        return someOf(values) + mNear->suggestionFor(value);
+    }
+
+private:
+    const XmlElement* mFirstList = nullptr;
+    std::vector<std::string> mValues;
+    std::map<std::string, const XmlElement*> mOptions;
+    std::optional<NearNames> mNear;
+};
+
+// Of all elements that settings give values to, each read once.
+class OptionTables {
+public:
+    /// Null when there are none for the attribute.
+    OptionTable* find(const SettingPlace& place, const std::string& attribute)
+    {
+        const auto [tables, isNew] = mTables.try_emplace(keyOf(place));
+        if (isNew) read(place, tables->second);
+        const auto table = tables->second.find(attribute);
+        return table == tables->second.end() ? nullptr : &table->second;
+    }
+
+private:
+    using ByAttribute = std::map<std::string, OptionTable>;
+
+    // A node takes those of its base node, its parts stand there themselves.
+    static const void* keyOf(const SettingPlace& place)
+    {
+        if (place.isNode()) return place.node;
+        return place.declared;
+    }
+
+    static void read(const SettingPlace& place, ByAttribute& tables)
+    {
+        const auto take = [&tables](const XmlElement& element) {
+            if (element.name == "options") tables[element.value("attribute")].add(element);
+        };
+        if (place.isNode()) {
+            for (const ModelPart& part : place.node->parts) take(*part.element);
+        } else if (place.declared != nullptr) {
+            for (const XmlElement* const child : place.declared->children) take(*child);
+        }
+    }
+
+    std::map<const void*, ByAttribute> mTables; // only looked up
+};
 
 // A value that an option brings along, and where.
 struct Companion {
@@ -146,7 +183,7 @@ void checkCompanions(const DescriptorModel& descriptor, const SettingPlace& plac
     for (const Companion& companion : companionsOf(option, *place.node)) {
         const XmlAttribute& wanted = *companion.attribute;
         const std::optional<std::string> value = valueInGraph(descriptor, *place.setting->element, companion);
-        if (!value || isSame(*value, wanted.value)) continue;
+        if (!value || saysTheSame(*value, wanted.value)) continue;
         const std::string where =
             named(companion.path.empty() ? companion.node : companion.node + ':' + companion.path);
         reporter.report(*place.written, attribute.name,
@@ -163,34 +200,30 @@ bool isOpenList(const std::string& attribute)
     return attribute == "format" || attribute == "active_input" || attribute == "active_output";
 }
 
-void checkOption(const DescriptorModel& descriptor, const SettingPlace& place, const XmlAttribute& attribute,
-                 RuleReporter& reporter)
+void checkOption(const SettingPlace& place, const XmlAttribute& attribute, OptionTable& table, RuleReporter& reporter)
 {
-    const std::vector<const XmlElement*> lists = optionsOf(place, attribute.name);
-    if (lists.empty()) return;
-    const Choice choice = choiceOf(lists, attribute.value);
-    const bool isOther = choice.option != choiceOf(lists, place.declaredText(attribute.name)).option;
-    if (choice.option != nullptr) {
+    const XmlElement* const option = table.option(attribute.value);
+    if (option != nullptr) {
         // With the value of the descriptor stands what the descriptor gives for the rest.
-        if (isOther) checkCompanions(descriptor, place, attribute, *choice.option, reporter);
+        const bool isOther = option != table.option(place.declaredText(attribute.name));
+        if (isOther) checkCompanions(*place.descriptor, place, attribute, *option, reporter);
         return;
     }
     if (isOpenList(attribute.name)) return;
-    std::vector<std::string> values;
-    for (const std::string& value : choice.values) values.push_back(named(value));
     reporter.report(*place.written, attribute.name,
                     named(attribute.value) + " is none of the options of " + place.title() + " for " + attribute.name +
-                        ", so nothing goes with it; expected " + listOf(values, " or ") +
-                        suggestionFor(attribute.value, choice.values));
-    reporter.note(*lists.front(), "the options");
+                        ", so nothing goes with it; expected " + table.expected(attribute.value));
+    reporter.note(*table.firstList(), "the options");
 }
 
 void checkOptions(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    OptionTables tables;
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         if (place.standing != Standing::Declared || place.setting == nullptr) return;
         for (const XmlAttribute& attribute : place.written->attributes) {
-            checkOption(descriptor, place, attribute, reporter);
+            OptionTable* const table = tables.find(place, attribute.name);
+            if (table != nullptr) checkOption(place, attribute, *table, reporter);
         }
     });
 }
@@ -206,37 +239,53 @@ struct Switch {
 constexpr Switch kSwitches[] = {{"mux", "active_input", "destination", "leads to"},
                                 {"demux", "active_output", "source", "comes from"}};
 
-std::set<int32_t> linkedSides(const SettingPlace& place, const Switch& kind)
-{
-    std::set<int32_t> sides;
-    for (const ModelPart* const klink : place.node->partsOfKind("klink")) {
-        const std::vector<std::string> end = namesOfPath(klink->element->value(kind.klinkEnd));
-        if (end.empty() || end[0] != place.path) continue;
-        const std::optional<int32_t> side = end.size() < 2 ? 0 : wholeInteger(end[1]);
-        if (side) sides.insert(*side);
+// The sides of muxes and demuxes that klinks use.
+class LinkedSides {
+public:
+    const std::set<int32_t>& of(const SettingPlace& place, const Switch& kind)
+    {
+        const auto [ends, isNew] = mSides.try_emplace({place.node, &kind});
+        if (isNew) read(*place.node, kind, ends->second);
+        return ends->second[place.path];
     }
-    return sides;
-}
 
-void checkSwitch(const SettingPlace& place, const Switch& kind, RuleReporter& reporter)
+private:
+    using ByPart = std::map<std::string, std::set<int32_t>>;
+
+    static void read(const ModelNode& node, const Switch& kind, ByPart& sides)
+    {
+        for (const ModelPart* const klink : node.partsOfKind("klink")) {
+            const std::vector<std::string> end = namesOfPath(klink->element->value(kind.klinkEnd));
+            if (end.empty()) continue;
+            const std::optional<int32_t> side = end.size() < 2 ? 0 : wholeInteger(end[1]);
+            if (side) sides[end[0]].insert(*side);
+        }
+    }
+
+    std::map<std::pair<const ModelNode*, const Switch*>, ByPart> mSides; // only looked up
+};
+
+void checkSwitch(const SettingPlace& place, const Switch& kind, LinkedSides& linked, RuleReporter& reporter)
 {
     const std::optional<int32_t> active = place.written->integer(kind.attribute);
-    const std::set<int32_t> sides = linkedSides(place, kind);
-    if (!active || sides.empty() || sides.count(*active) > 0) return;
+    if (!active) return;
+    const std::set<int32_t>& sides = linked.of(place, kind);
+    if (sides.empty() || sides.count(*active) > 0) return;
     std::vector<std::string> numbers;
     for (const int32_t side : sides) numbers.push_back(std::to_string(side));
     reporter.report(*place.written, kind.attribute,
                     std::string("no klink ") + kind.verb + ' ' +
                         named(place.node->name + ':' + place.path + ':' + std::to_string(*active)) +
-                        ", so nothing passes; expected " + listOf(numbers, " or "));
+                        ", so nothing passes; expected " + someOf(numbers));
 }
 
 void checkSwitches(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    LinkedSides sides;
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         if (!place.isPart() || place.part == nullptr || isFaulty(*place.node, reporter)) return;
         for (const Switch& kind : kSwitches) {
-            if (place.part->kind == kind.kind) checkSwitch(place, kind, reporter);
+            if (place.part->kind == kind.kind) checkSwitch(place, kind, sides, reporter);
         }
     });
 }
@@ -249,6 +298,8 @@ struct Misplaced {
     const char* home;  ///< where it belongs
 };
 constexpr const char* kKernelEnds = "the input or output of a kernel";
+constexpr const char* kSwitchable =
+    "a port, a kernel, a sink or a source; a node that a setting does not name is left out";
 constexpr const char* kFrames = "a port, a sink, or the input or output of a kernel";
 constexpr Misplaced kMisplaced[] = {
     {"width", " kernel mux demux split program_group compute_block ", kFrames},
@@ -259,6 +310,7 @@ constexpr Misplaced kMisplaced[] = {
     {"bottom", " kernel mux demux split sink program_group compute_block ", kKernelEnds},
     {"format", " kernel mux demux split program_group compute_block ", "a port or a sink"},
     {"peer", " kernel mux demux split sink program_group compute_block ", "a port"},
+    {"enabled", " hw mux demux split program_group compute_block ", kSwitchable},
     {"active_input", " port kernel demux split sink program_group compute_block ", "a mux"},
     {"active_output", " port kernel mux split sink program_group compute_block ", "a demux"},
     {"mode_id", " port kernel mux demux split sink hw program_group compute_block ", "the sensor"},
@@ -266,8 +318,22 @@ constexpr Misplaced kMisplaced[] = {
     {"conversion_gain", " port kernel mux demux split sink hw program_group compute_block ", "the sensor"},
 };
 
+// The setting itself is no node.
+void checkSettingElement(const XmlElement& setting, RuleReporter& reporter)
+{
+    for (const Misplaced& rule : kMisplaced) {
+        if (setting.attribute(rule.attribute) == nullptr) continue;
+        reporter.report(setting, rule.attribute,
+                        std::string(rule.attribute) +
+                            " stands at the setting itself, where it sets nothing; expected "
+                            "it at " +
+                            rule.home);
+    }
+}
+
 void checkHomes(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
+    for (const ModelSetting& setting : file.settings()) checkSettingElement(*setting.element, reporter);
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         const bool isOfKind = place.isNode() || place.isPart();
         if (place.standing != Standing::Declared || !isOfKind) return;
@@ -289,38 +355,27 @@ void checkIds(const DescriptorModel& descriptor, const SettingsModel& file, Rule
     visitPlaces(descriptor, file, [&](const SettingPlace& place) {
         if (place.standing != Standing::Declared || !place.sets("id")) return;
         const std::string declared = place.declaredText("id");
-        if (declared.empty() || isSame(place.written->value("id"), declared)) return;
+        if (declared.empty() || saysTheSame(place.written->value("id"), declared)) return;
         reporter.report(*place.written, "id",
                         "settings cannot change the id of " + place.title() + ", it stays " + named(declared) +
                             "; expected that one, or none");
     });
 }
 
-void checkOverrides(const ModelSetting& setting, RuleReporter& reporter)
+void checkContexts(const DescriptorModel& descriptor, const SettingsModel& file, RuleReporter& reporter)
 {
-    for (const XmlElement* const apply : setting.graph->overrides) {
-        std::vector<std::string> names = namesOfPath(apply->value("target"));
-        if (names.size() < 2) continue;
-        const std::string attribute = names.back();
-        names.pop_back();
-        const XmlElement* written = setting.element;
-        for (const std::string& name : names) {
-            if (written != nullptr) written = written->child(name);
+    visitPlaces(descriptor, file, [&](const SettingPlace& place) {
+        if (!place.isNode() || place.standing != Standing::Declared) return;
+        for (const char* const name : {"stream_id", "exec_ctx_id"}) {
+            const std::string declared = place.declaredText(name);
+            const std::string& own = place.written->value(name);
+            if (declared.empty() || !place.sets(name) || saysTheSame(own, declared)) continue;
+            reporter.report(*place.written, name,
+                            "this setting moves " + place.title() + " from " + name + ' ' + declared + " to " +
+                                printable(own) + ", while what it is connected to stays; expected " +
+                                assignment(name, declared) + ", or none");
         }
-        if (written == nullptr || written->attribute(attribute) == nullptr) continue;
-        if (isSame(written->value(attribute), apply->value("value"))) continue;
-        reporter.report(*written, attribute,
-                        "graph " + std::to_string(*setting.graphId) + " overrides this value with " +
-                            named(apply->value("value")) + "; expected that value, or none");
-        reporter.note(*apply, "the override");
-    }
-}
-
-void checkAllOverrides(const DescriptorModel&, const SettingsModel& file, RuleReporter& reporter)
-{
-    for (const ModelSetting& setting : file.settings()) {
-        if (setting.graph != nullptr) checkOverrides(setting, reporter);
-    }
+    });
 }
 
 bool isDecimal(const std::string& text)
@@ -370,8 +425,10 @@ std::vector<Rule> settingsValueRules()
          RuleSeverity::Warning,
          "an attribute stands in a setting where the library does not read it",
          "Sizes belong to ports, sinks and the 'input' and 'output' of kernels, formats to ports and sinks, "
-         "'active_input' to a mux and 'active_output' to a demux, 'mode_id' to the sensor. Elsewhere they are kept and "
-         "never read. Move the attribute.",
+         "'active_input' to a mux and 'active_output' to a demux, 'mode_id' to the sensor. 'enabled' switches ports, "
+         "kernels, sinks and sources, no whole node: that is left out by not naming it in the setting. Elsewhere such "
+         "attributes are kept and never read; at the 'settings' element only a query can find them. Move the "
+         "attribute.",
          {},
          checkHomes},
         {"setting-fixed-id",
@@ -384,14 +441,15 @@ std::vector<Rule> settingsValueRules()
          "is 1. Outputs are told apart by the names of elements below one 'output' in the descriptor.",
          {},
          checkIds},
-        {"setting-override",
+        {"setting-context",
          RuleSeverity::Warning,
-         "an override of the graph replaces a value of the setting",
-         "The 'apply' elements of a graph have the last word, after the settings. A setting that gives another value "
-         "does "
-         "not get it. Take it out of the setting, or the override out of the graph.",
+         "a setting moves a node to another stream or execution context",
+         "Streams and contexts are those of the descriptor: connections are made with its numbers, and sinks take "
+         "theirs from the node before them. The setting is merged after that, so a node that it gives another "
+         "'stream_id' or 'exec_ctx_id' moves alone, away from its sinks, and its stream may not be analysed at all. "
+         "Take the attribute out of the setting; when the node belongs elsewhere, say so in the descriptor.",
          {},
-         checkAllOverrides},
+         checkContexts},
         {"dol-gain",
          RuleSeverity::Warning,
          "the gain of a source is no number",
