@@ -22,14 +22,14 @@ bool isControl(unsigned char byte)
     return byte < 0x20U || byte == 0x7fU;
 }
 
-// C1 controls (U+0080 to U+009F) steer terminals as well. Separators of lines and marks that turn the direction of
-// writing (U+200E to U+200F, U+2028 to U+202E, U+2066 to U+2069) make a line look like another.
+// C1 controls (U+0080 to U+009F) steer terminals as well. Marks that turn the direction of writing (U+200E to U+200F, U+202A
+// to U+202E, U+2066 to U+2069) make a line look like another.
 bool isWideControl(std::string_view text, size_t at, size_t length)
 {
     if (length == 2) return byteAt(text, at) == 0xc2U && byteAt(text, at + 1) < 0xa0U;
     if (length != 3 || byteAt(text, at) != 0xe2U) return false;
     const unsigned low = byteAt(text, at + 2);
-    if (byteAt(text, at + 1) == 0x80U) return low == 0x8eU || low == 0x8fU || (low >= 0xa8U && low <= 0xaeU);
+    if (byteAt(text, at + 1) == 0x80U) return low == 0x8eU || low == 0x8fU || (low >= 0xaaU && low <= 0xaeU);
     return byteAt(text, at + 1) == 0x81U && low >= 0xa6U && low <= 0xa9U;
 }
 

@@ -2,6 +2,7 @@
 #include "schema/XsdWriter.h"
 
 #include "Text.h"
+#include "document/ElementName.h"
 #include "schema/XsdParts.h"
 
 #include <algorithm>
@@ -42,18 +43,6 @@ Wildcard wildcardOf(const ElementKind& kind)
 
 // ---- settings of a known descriptor ----
 
-// A name that an element can have: no such element can be declared for others.
-bool isElementName(const std::string& name)
-{
-    const auto isWrong = [](char character) {
-        const bool isLetter = (character >= 'a' && character <= 'z') || character == '_';
-        const bool isInner = (character >= '0' && character <= '9') || character == '.' || character == '-';
-        return !isLetter && !isInner && static_cast<unsigned char>(character) < 0x80;
-    };
-    const bool startsWell = !name.empty() && (name[0] == '_' || static_cast<unsigned char>(name[0]) >= 'a');
-    return startsWell && std::none_of(name.begin(), name.end(), isWrong);
-}
-
 // Writes declarations for the names of a descriptor.
 class KnownNames {
 public:
@@ -91,7 +80,7 @@ void KnownNames::writeTypes()
     for (const char* const id : kTypeOfLevel) mParts.writeType(kindNamed(settingsKinds(), id), Wildcard::None);
 }
 
-// One of each name: a schema cannot have two, and the library finds the first one.
+// One of each name that elements can have: a schema cannot have two, and the library finds the first one.
 void KnownNames::add(NamedList& list, const Named& item)
 {
     const auto isSame = [&item](const Named& other) { return other.name == item.name; };

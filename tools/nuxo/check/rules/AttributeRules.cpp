@@ -69,7 +69,8 @@ void checkMisplaced(const XmlDocument& document, RuleReporter& reporter)
 {
     forEachAttribute(document, [&](const PlacedElement& place, const XmlAttribute& attribute) {
         const bool isUnknown = !isVocabularyAttribute(attribute.writtenName());
-        if (isUnknown || place.kind->attribute(attribute.name) != nullptr) return;
+        const bool isBaseOfBase = place.kind->id == "base_node" && attribute.name == "base_node"; // has its own rule
+        if (isUnknown || isBaseOfBase || place.kind->attribute(attribute.name) != nullptr) return;
         reporter.report(*place.element, attribute.name,
                         named(place.element->name) + " has the attribute " + named(attribute.name) + ", which " +
                             reasonAgainst(place, attribute) + "; expected " + expectedInstead(place, attribute));

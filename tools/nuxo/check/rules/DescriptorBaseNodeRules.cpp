@@ -2,6 +2,7 @@
 // Nodes that are made from base nodes, and what they change.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/Causes.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"
@@ -15,9 +16,11 @@ namespace {
 
 // ---- base-node
 
+// For suggestions, so of many nodes none.
 std::vector<std::string> baseNames(const DescriptorModel& model)
 {
     std::vector<std::string> names;
+    if (model.nodes().size() > kMostCompared) return names;
     for (const ModelNode& node : model.nodes()) {
         if (node.isBase) names.push_back(node.name);
     }
@@ -36,11 +39,14 @@ std::string missingBase(const DescriptorModel& model, const ModelNode& node, con
            suggestionFor(base, baseNames(model));
 }
 
-void checkBaseOf(const DescriptorModel& model, const ModelNode& node, RuleReporter& reporter)
+void checkBaseOf(const DescriptorModel& model, const ModelNode& node, const ShadowedItems& shadowed,
+                 RuleReporter& reporter)
 {
     const XmlElement& element = *node.element;
     if (node.namesBase() && node.base == nullptr) {
-        reporter.report(element, "base_node", missingBase(model, node, element.value("base_node")));
+        const std::string& base = element.value("base_node");
+        if (model.node(base) != nullptr || !shadowed.hasBaseNode())
+            reporter.reportCause(missingBaseNode(base), element, "base_node", missingBase(model, node, base));
     } else if (node.isBase && element.attribute("base_node") != nullptr) {
         reporter.report(element, "base_node",
                         "base node " + named(node.name) +
@@ -50,7 +56,8 @@ void checkBaseOf(const DescriptorModel& model, const ModelNode& node, RuleReport
 
 void checkBases(const DescriptorModel& model, RuleReporter& reporter)
 {
-    for (const ModelNode& node : model.nodes()) checkBaseOf(model, node, reporter);
+    const ShadowedItems shadowed(model);
+    for (const ModelNode& node : model.nodes()) checkBaseOf(model, node, shadowed, reporter);
 }
 
 // ---- differences
@@ -65,20 +72,21 @@ template <typename Visit> void forEachDifference(const DescriptorModel& model, V
 
 PathTarget targetOf(const ModelNode& node, const XmlElement& difference)
 {
-    return findTarget(*node.base, namesOfPath(difference.value("target")), 0);
-}
-
-void checkTarget(const ModelNode& node, const XmlElement& difference, RuleReporter& reporter)
-{
-    if (difference.attribute("target") == nullptr) return;
-    const std::string fault = faultText(targetOf(node, difference), "base node " + named(node.base->value("name")));
-    if (!fault.empty()) reporter.report(difference, "target", fault);
+    return findTarget(node, namesOfPath(difference.value("target")), 0);
 }
 
 void checkTargets(const DescriptorModel& model, RuleReporter& reporter)
 {
-    forEachDifference(
-        model, [&](const ModelNode& node, const XmlElement& difference) { checkTarget(node, difference, reporter); });
+    const ShadowedItems shadowed(model);
+    forEachDifference(model, [&](const ModelNode& node, const XmlElement& difference) {
+        if (difference.attribute("target") == nullptr) return;
+        const PathTarget target = targetOf(node, difference);
+        if (target.fault == PathTarget::Fault::UnknownPart && shadowed.hasPart(node)) return;
+        const std::string fault = faultText(target, "base node " + named(node.base->value("name")));
+        if (fault.empty()) return;
+        const bool isPart = target.fault == PathTarget::Fault::UnknownPart && target.namesBefore.empty();
+        reporter.reportCause(isPart ? missingPart(node, target.name) : "", difference, "target", fault);
+    });
 }
 
 void checkValues(const DescriptorModel& model, RuleReporter& reporter)
@@ -134,16 +142,19 @@ std::vector<Rule> baseNodeRules()
          "last. The parts must be there in the base node; the attribute may be new, but its name must be one that the "
          "library knows. A path that leads nowhere ends the build of every graph with the node; an attribute that "
          "nobody "
-         "knows is lost:\n"
+         "knows is lost. Names and types must stay, since everything is found by them, peers are set by connections, "
+         "and klinks have no names by which to tell them apart:\n"
          "    <attribute target=\"scl:pal_uuid\" value=\"2100\"/>",
          {},
          DescriptorRule(checkTargets)},
         {"difference-value",
          RuleSeverity::Error,
-         "a difference from a base node gives a number wrongly",
-         "The attribute that the difference sets is a number. The library makes a decimal number of the value; when "
+         "a difference from a base node gives a value wrongly",
+         "When the attribute that the difference sets is a number, the library makes a decimal number of the "
+         "value; when "
          "the text is none, or the number does not fit 32 bits, it ends building every graph with the node, and no "
-         "message tells why. Write decimal digits, in the range of the attribute:\n    <attribute target=\"stream_id\" "
+         "message tells why. Write decimal digits, in the range of the attribute; bitmaps and fixed values as in "
+         "elements:\n    <attribute target=\"stream_id\" "
          "value=\"1\"/>",
          {},
          DescriptorRule(checkValues)},

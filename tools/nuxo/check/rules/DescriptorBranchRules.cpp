@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace NuxoTool {
 
@@ -118,12 +119,41 @@ bool hasPorts(const ModelPart& kernel)
                        [](const XmlElement* child) { return typeOf(*child) == "port"; });
 }
 
+// Kernels at the end of a branch: behind them another one starts, or the group ends.
+void checkBranchEnds(const ModelNode& group, const std::vector<Step>& steps,
+                     const std::map<int32_t, const ModelPart*>& ports, RuleReporter& reporter)
+{
+    std::set<int32_t> open; // ids of the output ports that nothing delivers to
+    for (const auto& [id, port] : ports) {
+        if (group.integer(port->name + ":direction") == 1) open.insert(id);
+    }
+    for (const Step& step : steps) open.erase(step.sink);
+    if (open.empty()) return;
+    for (size_t i = 0; i < steps.size(); ++i) {
+        const Step& step = steps[i];
+        const bool isLast = i + 1 == steps.size() || steps[i + 1].restore != kNone;
+        if (!isLast || step.sink >= 0 || group.value(step.kernel->name + ":source")) continue;
+        std::vector<std::string> expected;
+        for (const int32_t id : open) expected.push_back(std::to_string(id) + " for " + named(ports.at(id)->name));
+        reporter.report(*step.kernel->element, "name",
+                        "kernel " + named(fullName(group, step.kernel->name)) +
+                            (i + 1 == steps.size() ? " is the last of its group"
+                                                   : " is the last of a branch, since " +
+                                                         named(steps[i + 1].kernel->name) + " goes on elsewhere") +
+                            ", but delivers to no port; expected sink_port " + choiceOf(expected));
+    }
+}
+
 void checkSinkPortsOf(const ModelNode& group, RuleReporter& reporter)
 {
     const std::map<int32_t, const ModelPart*> ports = portsById(group);
-    for (const Step& step : stepsOf(group)) {
+    const std::vector<Step> steps = stepsOf(group);
+    checkBranchEnds(group, steps, ports, reporter);
+    std::map<int32_t, const Step*> feeders;
+    for (const Step& step : steps) {
         if (step.sink < 0 || hasPorts(*step.kernel)) continue;
         const auto port = ports.find(step.sink);
+        const auto [feeder, isFirst] = feeders.emplace(step.sink, &step);
         const std::string start = "delivers to port " + std::to_string(step.sink);
         if (port == ports.end()) {
             report(reporter, group, step, "sink_port",
@@ -132,6 +162,10 @@ void checkSinkPortsOf(const ModelNode& group, RuleReporter& reporter)
             report(reporter, group, step, "sink_port",
                    start + ", which is input port " + named(port->second->name) +
                        "; expected the id of an output port");
+        } else if (!isFirst) {
+            report(reporter, group, step, "sink_port",
+                   start + ", as " + named(feeder->second->kernel->name) +
+                       " does already, whose frames are lost; expected a port of its own");
         }
     }
 }
@@ -143,6 +177,25 @@ void checkSinkPorts(const DescriptorModel& model, RuleReporter& reporter)
 
 // ---- kernel-source
 
+std::vector<std::string> portsOf(const ModelNode& node, bool isGroupItself)
+{
+    std::vector<std::string> ports;
+    for (const ModelPart* const port : distinctParts(node, "port")) {
+        const bool isOutput = node.integer(port->name + ":direction") == 1;
+        if (!isGroupItself || !isOutput) ports.push_back(fullName(node, port->name));
+    }
+    return ports;
+}
+
+// What is wrong with the port that frames are read of. Those of other groups may be written there.
+std::string sourceFault(const ModelNode& group, const ModelNode* node, const ModelPart* part)
+{
+    if (part == nullptr) return "which does not exist; expected 'node:port'";
+    if (part->kind != "port") return "which is a " + part->kind + "; expected a port";
+    if (node != &group || node->integer(part->name + ":direction") != 1) return "";
+    return "an output port of its own group, where none arrive; expected an input port";
+}
+
 void checkSource(const DescriptorModel& model, const ModelNode& group, const ModelPart& kernel, RuleReporter& reporter)
 {
     const std::optional<ModelValue> source = group.value(kernel.name + ":source");
@@ -150,16 +203,15 @@ void checkSource(const DescriptorModel& model, const ModelNode& group, const Mod
     const std::vector<std::string> names = namesOfPath(source->text);
     const ModelNode* const node = names.empty() ? nullptr : model.node(names[0]);
     const bool isKnown = node != nullptr && names.size() == 2;
-    if (isKnown && (!node->isWhole() || node->part(names[1]) != nullptr)) return;
-    std::vector<std::string> ports;
-    if (node != nullptr) {
-        for (const ModelPart* const port : distinctParts(*node, "port")) ports.push_back(fullName(*node, port->name));
-    }
+    if (isKnown && !node->isWhole()) return;
+    const std::string fault = sourceFault(group, node, isKnown ? node->part(names[1]) : nullptr);
+    if (fault.empty()) return;
     const ValuePlace place = placeInside(group, source);
     reporter.report(*place.element, place.attribute,
-                    "kernel " + named(fullName(group, kernel.name)) + " reads frames of " + named(source->text) +
-                        ", which does not exist; expected 'node:port'" +
-                        (node == nullptr ? suggestionForNode(model, names) : suggestionFor(source->text, ports)));
+                    "kernel " + named(fullName(group, kernel.name)) + " reads frames of " + named(source->text) + ", " +
+                        fault +
+                        (node == nullptr ? suggestionForNode(model, names)
+                                         : suggestionAmong(source->text, portsOf(*node, node == &group))));
 }
 
 void checkKernelSources(const DescriptorModel& model, RuleReporter& reporter)
@@ -191,24 +243,29 @@ std::vector<Rule> branchRules()
          DescriptorRule(checkBranches)},
         {"sink-port",
          RuleSeverity::Error,
-         "a kernel delivers to a port that its group does not have",
+         "a kernel delivers to a wrong port, or to none where it must",
          "In groups without klinks, sink_port of a kernel is the id of the output port of its group that gets the "
          "frame. "
          "When no port has the id, the library refuses the whole context; when it is an input port, the stage behind "
          "never "
-         "learns what it receives. Write the id of an output port of the group.",
-         {"duplicate-port-id"},
+         "learns what it receives. Of two kernels with one port the last one counts. The last kernel of the group, and "
+         "the "
+         "last one ahead of a restore_point, must deliver somewhere unless it reads a 'source'. Write the id of an "
+         "output port of the group.",
+         {"duplicate-name", "duplicate-port-id", "kernel-ids", "branch-point"},
          DescriptorRule(checkSinkPorts)},
         {"kernel-source",
          RuleSeverity::Error,
-         "a kernel reads frames of a port that does not exist",
+         "a kernel reads frames of a port that does not exist or delivers its own",
          "In groups without klinks, a kernel with 'source' takes the size of its frames from that port, for example "
          "from a "
          "private one that reads a reference frame. A port that does not exist is ignored without a word, and the "
          "kernel gets "
-         "the size of the one before it. Name node and port:\n"
+         "the size of the one before it; of an output port of its own group it would get the size of frames that "
+         "leave. Name node and "
+         "port:\n"
          "    <kernel name=\"ref_read\" id=\"5\" pal_uuid=\"1005\" source=\"front:ref_in\"/>",
-         {},
+         {"duplicate-name"},
          DescriptorRule(checkKernelSources)},
     };
 }

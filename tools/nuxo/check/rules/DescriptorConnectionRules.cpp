@@ -2,6 +2,7 @@
 // The ends of connections: that they exist, point the right way and meet once.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/Causes.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 
@@ -55,45 +56,77 @@ std::vector<std::string> portsOf(const ModelNode& node, std::optional<int32_t> d
 
 // ---- connection-end
 
-std::string unknownPort(const ModelEnd& end)
-{
-    const ModelNode& node = *end.node;
-    if (end.port != nullptr && !isKnownElement(end.port->kind)) return ""; // misspelled, which is told there
-    if (end.port != nullptr) return named(end.text) + " is a " + end.port->kind + "; expected a port";
-    const std::vector<std::string> ports = portsOf(node);
-    if (ports.empty()) {
-        return named(node.name) + " has no ports; expected " + named(node.name) + " alone";
+// Tells of ends that lead nowhere.
+class EndChecker {
+public:
+    EndChecker(const DescriptorModel& model, RuleReporter& reporter)
+        : mModel(model), mShadowed(model), mReporter(reporter)
+    {
     }
-    return "node " + named(node.name) + " has no port " + named(end.portName) + "; expected " + listOf(ports, " or ") +
-           suggestionFor(fullName(node, end.portName), ports);
-}
 
-std::string endFault(const DescriptorModel& model, const ModelEnd& end)
-{
-    const size_t names = namesOfPath(end.text).size();
-    if (names > 2) return named(end.text) + " has more than two names; expected 'node:port', or the name of a sink";
-    if (end.nodeName.empty()) return named(end.text) + " names no node; expected 'node:port', or the name of a sink";
-    if (end.node == nullptr) {
-        return "no node has the name " + named(end.nodeName) + "; expected one below 'nodes'" +
-               suggestionForNode(model, namesOfPath(end.text));
+    void check(const ModelConnection& connection, const ModelEnd& end, const char* side)
+    {
+        if (connection.element->attribute(side) == nullptr) return;
+        mCause.clear();
+        const std::string fault = faultOf(end);
+        if (!fault.empty()) mReporter.reportCause(mCause, *connection.element, side, fault);
     }
-    if (end.node->isBase)
-        return named(end.nodeName) + " is a base node, which is part of no graph; expected a node made from it";
-    if (end.text.back() == ':') return named(end.text) + " names no port; expected 'node:port', or a sink without ':'";
-    if (!end.node->isWhole() || end.portName.empty() || isPort(end)) return "";
-    return unknownPort(end);
-}
+
+private:
+    std::string faultOf(const ModelEnd& end)
+    {
+        const size_t names = namesOfPath(end.text).size();
+        if (names > 2) return named(end.text) + " has more than two names; expected 'node:port', or the name of a sink";
+        if (end.nodeName.empty())
+            return named(end.text) + " names no node; expected 'node:port', or the name of a sink";
+        if (end.node == nullptr) return unknownNode(end);
+        if (end.node->isBase)
+            return named(end.nodeName) + " is a base node, which is part of no graph; expected a node made from it";
+        if (end.text.back() == ':')
+            return named(end.text) + " names no port; expected 'node:port', or a sink without ':'";
+        if (!end.node->isWhole() || end.portName.empty() || isPort(end)) return "";
+        return unknownPort(end);
+    }
+
+    std::string unknownNode(const ModelEnd& end)
+    {
+        if (mShadowed.hasNodeWith(end.portName)) return "";
+        mCause = missingNode(end.nodeName);
+        return "no node has the name " + named(end.nodeName) + "; expected one below 'nodes'" +
+               suggestionForNode(mModel, namesOfPath(end.text));
+    }
+
+    std::string unknownPort(const ModelEnd& end)
+    {
+        const ModelNode& node = *end.node;
+        if (end.port != nullptr && !isKnownElement(end.port->kind)) return ""; // misspelled, which is told there
+        if (end.port != nullptr) return named(end.text) + " is a " + end.port->kind + "; expected a port";
+        if (mShadowed.hasPart(node, {"port"})) return "";
+        mCause = missingPart(node, end.portName);
+        const auto [known, isNew] = mPorts.try_emplace(&node);
+        std::vector<std::string>& ports = known->second;
+        if (isNew) ports = portsOf(node);
+        if (ports.empty()) {
+            return named(node.name) + " has no ports; expected " +
+                   (node.kind == "sink" ? named(node.name) + " alone" : "a port " + named(end.portName) + " in it");
+        }
+        return "node " + named(node.name) + " has no port " + named(end.portName) + "; expected " + choiceOf(ports) +
+               suggestionAmong(fullName(node, end.portName), ports);
+    }
+
+    const DescriptorModel& mModel;
+    const ShadowedItems mShadowed;
+    RuleReporter& mReporter;
+    std::string mCause;                                          // of what is being told
+    std::map<const ModelNode*, std::vector<std::string>> mPorts; // of nodes that were asked for others; only looked up
+};
 
 void checkEnds(const DescriptorModel& model, RuleReporter& reporter)
 {
-    forEachConnection(model, [&](const ModelGraph&, const ModelConnection& connection) {
-        const auto check = [&](const ModelEnd& end, const char* side) {
-            if (connection.element->attribute(side) == nullptr) return;
-            const std::string fault = endFault(model, end);
-            if (!fault.empty()) reporter.report(*connection.element, side, fault);
-        };
-        check(connection.source, kSourceSide);
-        check(connection.sink, kSinkSide);
+    EndChecker checker(model, reporter);
+    forEachConnection(model, [&checker](const ModelGraph&, const ModelConnection& connection) {
+        checker.check(connection, connection.source, kSourceSide);
+        checker.check(connection, connection.sink, kSinkSide);
     });
 }
 
@@ -128,7 +161,8 @@ std::string sinkFault(const ModelEnd& end)
 
 bool isUsable(const ModelEnd& end)
 {
-    return end.node != nullptr && !end.node->isBase && end.node->isWhole() && (end.portName.empty() || isPort(end));
+    return end.node != nullptr && !end.node->isBase && end.node->isWhole() && hasFittingType(*end.node) &&
+           (end.portName.empty() || isPort(end));
 }
 
 // Ports that several connections use, all of them against the direction: the port is wrong rather than they.
@@ -409,7 +443,7 @@ std::vector<Rule> connectionRules()
          "states "
          "is kept: when it is not that of the node, frames are looked for where none are made:\n"
          "    <sink name=\"stats_sink\" stream_id=\"1\"/>",
-         {"connection-end", "connection-direction", "difference-target", "difference-value"},
+         {"duplicate-name", "connection-end", "connection-direction", "difference-target", "difference-value"},
          DescriptorRule(checkStreams)},
         {"sink-context",
          RuleSeverity::Warning,
@@ -419,7 +453,7 @@ std::vector<Rule> connectionRules()
          "by contexts finds an output in a context that never makes a frame for it. Give the sink the number of the "
          "stage, "
          "or none when the connection is static, which hands it on.",
-         {"connection-end", "connection-direction", "difference-target", "difference-value"},
+         {"duplicate-name", "connection-end", "connection-direction", "difference-target", "difference-value"},
          DescriptorRule(checkSinkContexts)},
         {"content-mismatch",
          RuleSeverity::Warning,
@@ -430,7 +464,7 @@ std::vector<Rule> connectionRules()
          "take statistics for pixels, or the other way round, and the library may switch a port off that is in use. A "
          "sink "
          "without content_type takes that of the port.",
-         {"connection-end", "connection-direction", "difference-target"},
+         {"duplicate-name", "connection-end", "connection-direction", "difference-target"},
          DescriptorRule(checkContents)},
         {"graph-source",
          RuleSeverity::Error,

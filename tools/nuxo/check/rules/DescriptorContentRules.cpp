@@ -4,14 +4,15 @@
 #include "Text.h"
 #include "Suggestion.h"
 #include "check/rules/DescriptorRuleParts.h"
+#include "check/rules/FileRules.h"
 #include "check/rules/SettingsPlaces.h"
 #include "model/SettingsModel.h"
 
 #include <nuxo/records/qv_view_mbr_limits.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
+#include <optional>
+#include <set>
 
 namespace NuxoTool {
 
@@ -79,29 +80,56 @@ void checkVersion(const DescriptorModel& model, RuleReporter& reporter)
     const bool isKnown = std::any_of(versions.begin(), versions.end(), [&version](const std::string& known) {
         return version.find(known) != std::string::npos;
     });
-    if (version.empty() || isKnown) return;
+    if (isKnown || model.document().root() == nullptr) return;
+    if (version.empty()) {
+        reporter.report(*model.document().root(), "version",
+                        "the descriptor states no generation, so that no graph can be analysed; expected " +
+                            listOf(versions, " or ") + " in its version");
+        return;
+    }
     reporter.report(*model.document().root(), "version",
                     named(version) + " tells no generation; expected " + listOf(versions, " or ") +
                         suggestionFor(version, versions));
 }
 
-// ---- mbr-data
+// ---- subsystem-name
 
-// Numbers may have a sign, a decimal point and an exponent.
-bool isNumber(const std::string& text)
+constexpr const char* kSubsystem = "subsystem";
+const std::vector<std::string> kSubsystems = {"gpu"}; // those that the library knows
+
+// The attribute that gives a subsystem, "" for none.
+const char* subsystemIn(const XmlElement& element)
 {
-    const bool isDecimal = !text.empty() && text.find_first_not_of("0123456789+-.eE") == std::string::npos;
-    char* end = nullptr;
-    const float number = isDecimal ? std::strtof(text.c_str(), &end) : 0;
-    return isDecimal && *end == '\0' && std::isfinite(number);
+    if (element.attribute(kSubsystem) != nullptr) return kSubsystem;
+    const std::vector<std::string> names = namesOfPath(element.value("target"));
+    return !names.empty() && names.back() == kSubsystem && element.attribute("value") != nullptr ? "value" : "";
 }
+
+// Other subsystems may be meant, but hardly ones that are spelled like it.
+void checkSubsystems(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const XmlElement& element : model.document().elements()) {
+        const std::string attribute = subsystemIn(element);
+        if (attribute.empty()) continue;
+        const std::string& name = element.value(attribute);
+        const std::string known = closestOf(name, kSubsystems);
+        if (known.empty() || known == name) continue;
+        reporter.report(element, attribute,
+                        named(name) +
+                            " is no subsystem that the library knows, so that the stage counts as one of the "
+                            "imaging processor; expected " +
+                            named(known));
+    }
+}
+
+// ---- mbr-data
 
 // A comma ends a number; behind the last one there is a number only if there is text.
 std::string limitsFault(const std::string& text)
 {
     std::vector<std::string> items = listItems(text);
     if (items.back().empty()) items.pop_back();
-    const auto wrong = std::find_if_not(items.begin(), items.end(), isNumber);
+    const auto wrong = std::find_if_not(items.begin(), items.end(), isDecimalNumber);
     if (wrong != items.end())
         return named(*wrong) + " is no number, so the stream gets no limits; expected decimal numbers joined by ','";
     if (items.size() == kLimitCount) return "";
@@ -111,13 +139,50 @@ std::string limitsFault(const std::string& text)
            std::to_string(QV_VIEW_MBR_ROW_LENGTH);
 }
 
+// The streams that the nodes of a graph belong to; nothing when settings or overrides may change that.
+using Streams = std::optional<std::set<int32_t>>;
+
+Streams streamsOf(const ModelSetting& setting)
+{
+    constexpr const char* attribute = "stream_id";
+    if (setting.graph == nullptr) return std::nullopt;
+    for (const XmlElement* const apply : setting.graph->overrides) {
+        const std::vector<std::string> names = namesOfPath(apply->value("target"));
+        if (!names.empty() && names.back() == attribute) return std::nullopt;
+    }
+    for (const XmlElement* const node : setting.element->children) {
+        if (node->attribute(attribute) != nullptr) return std::nullopt;
+    }
+    std::set<int32_t> streams;
+    for (const ModelNode* const node : setting.graph->nodes()) {
+        if (!node->isWhole()) return std::nullopt;
+        const std::optional<int32_t> stream = node->integer(attribute);
+        if (stream) streams.insert(*stream);
+    }
+    return streams;
+}
+
+std::string streamFault(const Streams& streams, const XmlElement& limits)
+{
+    const std::optional<int32_t> id = limits.integer("id");
+    if (!id || !streams || streams->count(*id) > 0) return "";
+    std::vector<std::string> known;
+    for (const int32_t stream : *streams) known.push_back(std::to_string(stream));
+    return "no node of the graph belongs to stream " + std::to_string(*id) +
+           ", so that nobody asks for its limits; expected " + (known.empty() ? "none" : choiceOf(known));
+}
+
 void checkLimits(const DescriptorModel&, const SettingsModel& file, RuleReporter& reporter)
 {
     for (const ModelSetting& setting : file.settings()) {
         const XmlElement* const limits = setting.element->child("mbr_data");
         if (limits == nullptr) continue;
+        const Streams streams = streamsOf(setting);
         for (const XmlElement* const stream : limits->children) {
-            if (stream->name != "stream_id" || stream->attribute("value") == nullptr) continue;
+            if (stream->name != "stream_id") continue;
+            const std::string unused = streamFault(streams, *stream);
+            if (!unused.empty()) reporter.report(*stream, "id", unused);
+            if (stream->attribute("value") == nullptr) continue;
             const std::string fault = limitsFault(stream->value("value"));
             if (!fault.empty()) reporter.report(*stream, "value", fault);
         }
@@ -144,19 +209,31 @@ std::vector<Rule> contentRules()
          RuleSeverity::Error,
          "the version of the descriptor tells no generation",
          "The version of a descriptor tells the generation that its graphs are made for: it contains KVA5, KVA6 or "
-         "KVA7. Otherwise the library logs an error and guesses: it takes graphs with klinks for generation 6, others "
-         "for an older one, and finds no compute blocks. Start the file with the version:\n    <graph_descriptor "
+         "KVA7. Otherwise, and without a version, the library logs an error and guesses: it takes graphs with klinks "
+         "for "
+         "generation 6, others for an older one, and finds no compute blocks. Start the file with the version:\n    "
+         "<graph_descriptor "
          "version=\"KVA6\">",
          {},
          DescriptorRule(checkVersion)},
+        {"subsystem-name",
+         RuleSeverity::Warning,
+         "the name of a subsystem is not spelled as the library knows it",
+         "A stage that runs outside of the imaging processor says where: subsystem=\"gpu\", in lower case, shows in "
+         "the "
+         "identifiers of its terminals. Any other text, GPU as well, counts as the imaging processor itself, and "
+         "clients look for the terminals in the wrong place. Write the name as it is known.",
+         {},
+         DescriptorRule(checkSubsystems)},
         {"mbr-data",
          RuleSeverity::Error,
-         "the limits of a stream are not 56 numbers",
+         "limits of a stream that are not 56 numbers, or of no stream of the graph",
          "The value of an element 'stream_id' in 'mbr_data' of a setting holds the limits of one stream, 7 rows of 8 "
          "numbers joined by ','. With fewer the library hands out no limits, further ones are ignored, both with a "
          "warning. "
-         "Write all 56.",
-         {},
+         "Write all 56. The id is the stream_id of nodes of the setting's graph: limits of other streams are never "
+         "asked for.",
+         {"difference-target", "difference-value", "graph-id"},
          SettingsRule(checkLimits)},
     };
 }

@@ -144,8 +144,9 @@ std::string metadataFault(const std::string& text)
     if (wrong != items.end())
         return named(*wrong) + " in the metadata is no number of 32 bits and counts as 0" + expected;
     if (items.size() <= QV_ISP_ZMT_METADATA_COUNT) return "";
+    const size_t further = items.size() - QV_ISP_ZMT_METADATA_COUNT;
     return std::to_string(items.size()) + " metadata, of which " +
-           std::to_string(items.size() - QV_ISP_ZMT_METADATA_COUNT) + " are ignored" + expected;
+           (further == 1 ? "the last is" : "the last " + std::to_string(further) + " are") + " ignored" + expected;
 }
 
 // The attribute that an element gives metadata with, "" for none.
@@ -156,9 +157,9 @@ const char* metadataIn(const XmlElement& element)
     return !names.empty() && names.back() == "metadata" ? "value" : "";
 }
 
-void checkMetadata(const DescriptorModel& model, RuleReporter& reporter)
+void checkMetadata(const XmlDocument& document, RuleReporter& reporter)
 {
-    for (const XmlElement& element : model.document().elements()) {
+    for (const XmlElement& element : document.elements()) {
         const std::string attribute = metadataIn(element);
         if (element.attribute(attribute) == nullptr) continue;
         const std::string fault = metadataFault(element.value(attribute));
@@ -195,7 +196,8 @@ std::vector<Rule> kernelRules()
          "their own:\n"
          "    <attribute target=\"scl:pal_uuid\" value=\"2100\"/>",
          {"difference-target", "difference-value"},
-         DescriptorRule(checkIdentities)},
+         DescriptorRule(checkIdentities),
+         true},
         {"metadata-count",
          RuleSeverity::Error,
          "a kernel has more metadata than its record takes, or some that are no numbers",
@@ -204,7 +206,8 @@ std::vector<Rule> kernelRules()
          "reads a text that is no number as 0. Write up to four decimal numbers:\n"
          "    <kernel name=\"grid\" id=\"2\" pal_uuid=\"1002\" metadata=\"80,60,0,0\"/>",
          {},
-         DescriptorRule(checkMetadata)},
+         FileRule(checkMetadata),
+         true},
     };
 }
 

@@ -2,6 +2,7 @@
 // Klinks: that their ends exist, and that routing elements have a way through.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/Causes.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 
@@ -17,6 +18,15 @@ namespace {
 
 constexpr const char* kSource = "source";
 constexpr const char* kDestination = "destination";
+
+struct LinkSide {
+    const char* attribute;
+    const char* terminal;  // what the number behind a name counts
+    int32_t portDirection; // of the ports of the group that it can name
+};
+
+constexpr LinkSide kSourceSide = {kSource, "output", 0};
+constexpr LinkSide kDestinationSide = {kDestination, "input", 1};
 
 bool isStage(const ModelPart& part)
 {
@@ -37,62 +47,99 @@ struct LinkEnd {
 
 // ---- klink-end
 
-std::vector<std::string> endNames(const ModelNode& group, int32_t portDirection)
+// The number of an input or output as the library compares it, which takes it as a text.
+bool isTerminal(const std::string& text)
 {
-    std::vector<std::string> names;
-    for (const ModelPart& part : group.parts) {
-        if (isStage(part)) names.push_back(part.name + ":0");
-        if (part.kind == "port" && group.integer(part.name + ":direction") == portDirection) names.push_back(part.name);
+    const std::optional<int32_t> number = wholeInteger(text);
+    return number && *number >= 0 && std::to_string(*number) == text;
+}
+
+// Tells of ends of the klinks of a group that lead nowhere.
+class EndChecker {
+public:
+    EndChecker(const ModelNode& group, const ShadowedItems& shadowed, RuleReporter& reporter)
+        : mGroup(group), mShadowed(shadowed), mReporter(reporter)
+    {
     }
-    return names;
-}
 
-std::string unknownEnd(const ModelNode& group, const LinkEnd& end, const std::string& text, int32_t portDirection)
-{
-    // With the terminal that was written.
-    std::string close = closestOf(text, endNames(group, portDirection));
-    if (close.empty() && !end.terminal.empty()) close = closestOf(end.name + ":0", endNames(group, portDirection));
-    const size_t colon = close.find(':');
-    if (colon != std::string::npos && !end.terminal.empty()) close = close.substr(0, colon + 1) + end.terminal;
-    return "group " + named(group.name) + " has no port, kernel or routing element " + named(end.name) +
-           "; expected one of them" + (close.empty() ? "" : "; did you mean '" + close + "'?");
-}
+    void check(const XmlElement& link, const LinkSide& side)
+    {
+        if (link.attribute(side.attribute) == nullptr) return;
+        mCause.clear();
+        const std::string fault = faultOf(link.value(side.attribute), side);
+        if (!fault.empty()) mReporter.reportCause(mCause, link, side.attribute, fault);
+    }
 
-// What is wrong with an end; links start at input ports (direction 0) and end at output ports (1).
-std::string endFault(const ModelNode& group, const std::string& text, int32_t portDirection)
-{
-    const LinkEnd end(text);
-    const ModelPart* const part = group.part(end.name);
-    if (part == nullptr) return unknownEnd(group, end, text, portDirection);
-    if (part->kind == "port") {
-        if (!end.terminal.empty())
+private:
+    // What an end of that side can name.
+    const std::vector<std::string>& namesFor(const LinkSide& side)
+    {
+        const auto [known, isNew] = mNames.try_emplace(side.portDirection);
+        std::vector<std::string>& names = known->second;
+        if (!isNew) return names;
+        for (const ModelPart& part : mGroup.parts) {
+            if (isStage(part)) names.push_back(part.name + ":0");
+            if (part.kind == "port" && mGroup.integer(part.name + ":direction") == side.portDirection)
+                names.push_back(part.name);
+        }
+        if (names.size() > kMostCompared) names.clear(); // too many to suggest one of them
+        return names;
+    }
+
+    std::string unknownEnd(const LinkEnd& end, const std::string& text, const LinkSide& side)
+    {
+        const bool mayBeShadowed = end.terminal.empty()
+                                       ? mShadowed.hasPart(mGroup, {"port"})
+                                       : mShadowed.hasPart(mGroup, {"kernel", "mux", "demux", "split"});
+        if (mayBeShadowed) return "";
+        mCause = missingPart(mGroup, end.name);
+        // With the terminal that was written.
+        const std::vector<std::string>& names = namesFor(side);
+        std::string close = closestOf(text, names);
+        if (close.empty() && !end.terminal.empty()) close = closestOf(end.name + ":0", names);
+        const size_t colon = close.find(':');
+        if (colon != std::string::npos && !end.terminal.empty()) close = close.substr(0, colon + 1) + end.terminal;
+        return "group " + named(mGroup.name) + " has no port, kernel or routing element " + named(end.name) +
+               "; expected one of them" + (close.empty() ? "" : didYouMean(close));
+    }
+
+    std::string faultOf(const std::string& text, const LinkSide& side)
+    {
+        const LinkEnd end(text);
+        const ModelPart* const part = mGroup.part(end.name);
+        if (part == nullptr) return unknownEnd(end, text, side);
+        if (part->kind == "port") {
+            if (end.terminal.empty()) return "";
             return named(end.name) + " is a port of the group; expected " + named(end.name) + " without ':'";
-        return "";
+        }
+        if (!isKnownElement(part->kind)) return ""; // misspelled, which is told there
+        if (!isStage(*part))
+            return named(end.name) + " is a " + part->kind + "; expected a port, kernel or routing element";
+        if (end.terminal.empty()) {
+            const std::string which = side.terminal;
+            return named(text) + " names a " + part->kind + " without its " + which + "; expected the number of the " +
+                   which + " behind ':'" + didYouMean(end.name + ":0");
+        }
+        if (isTerminal(end.terminal)) return "";
+        return named(end.terminal) + " is no number of an input or output; expected a number of 32 bits without " +
+               "leading zeros, as in " + named(end.name + ":0");
     }
-    if (!isKnownElement(part->kind)) return ""; // misspelled, which is told there
-    if (!isStage(*part))
-        return named(end.name) + " is a " + part->kind + "; expected a port, kernel or routing element";
-    if (end.terminal.empty()) {
-        const std::string which = portDirection == 0 ? "output" : "input";
-        return named(text) + " names a " + part->kind + " without its " + which + "; expected the number of the " +
-               which + " behind ':'; did you mean '" + end.name + ":0'?";
-    }
-    if (end.terminal.find_first_not_of("0123456789") == std::string::npos) return "";
-    return named(end.terminal) + " is no number of an input or output; expected digits, as in " +
-           named(end.name + ":0");
-}
+
+    const ModelNode& mGroup;
+    const ShadowedItems& mShadowed;
+    RuleReporter& mReporter;
+    std::string mCause;                                 // of what is being told
+    std::map<int32_t, std::vector<std::string>> mNames; // by the direction of ports
+};
 
 void checkEnds(const DescriptorModel& model, RuleReporter& reporter)
 {
+    const ShadowedItems shadowed(model);
     for (const ModelNode* const group : writtenNodes(model)) {
+        EndChecker checker(*group, shadowed, reporter);
         for (const XmlElement* const link : linksOf(*group)) {
-            const auto check = [&](const char* side, int32_t portDirection) {
-                if (link->attribute(side) == nullptr) return;
-                const std::string fault = endFault(*group, link->value(side), portDirection);
-                if (!fault.empty()) reporter.report(*link, side, fault);
-            };
-            check(kSource, 0);
-            check(kDestination, 1);
+            checker.check(*link, kSourceSide);
+            checker.check(*link, kDestinationSide);
         }
     }
 }
@@ -151,27 +198,26 @@ Terminals terminalsOf(const ModelNode& group, const char* side)
 class RoutingChecker {
 public:
     RoutingChecker(const ModelNode& group, const Routing& routing, bool isStrict, RuleReporter& reporter)
-        : mGroup(group), mRouting(routing), mIsStrict(isStrict), mReporter(reporter)
+        : mGroup(group), mRouting(routing), mTerminals(terminalsOf(group, routing.side)), mIsStrict(isStrict),
+          mReporter(reporter)
     {
     }
 
     void check() const
     {
-        const Terminals terminals = terminalsOf(mGroup, mRouting.side);
         for (const ModelPart* const part : distinctParts(mGroup, mRouting.kind)) {
-            const auto linked = terminals.find(part->name);
+            const auto linked = mTerminals.find(part->name);
             const std::optional<int32_t> active = mGroup.integer(part->name + ':' + mRouting.attribute);
-            if (active && linked != terminals.end()) checkPart(*part, std::to_string(*active), linked->second);
+            if (active && linked != mTerminals.end()) checkPart(*part, std::to_string(*active), linked->second);
         }
     }
 
     /// A number that another element gives for it.
     void checkNumber(const ModelPart& part, const XmlElement& element) const
     {
-        const Terminals terminals = terminalsOf(mGroup, mRouting.side);
-        const auto linked = terminals.find(part.name);
+        const auto linked = mTerminals.find(part.name);
         const std::optional<int32_t> number = element.integer(mRouting.attribute);
-        if (!number || linked == terminals.end() || isLinked(std::to_string(*number), linked->second)) return;
+        if (!number || linked == mTerminals.end() || isLinked(std::to_string(*number), linked->second)) return;
         reportUnlinked({&element, mRouting.attribute}, part, std::to_string(*number), linked->second);
     }
 
@@ -193,7 +239,7 @@ private:
     {
         mReporter.report(*place.element, place.attribute,
                          title(part) + " uses its " + mRouting.way + ' ' + number + ", which no klink has; expected " +
-                             listOf(numbersIn(links), " or "));
+                             choiceOf(numbersIn(links)));
     }
 
     void checkPart(const ModelPart& part, const std::string& active, const Links& links) const
@@ -222,6 +268,7 @@ private:
 
     const ModelNode& mGroup;
     const Routing& mRouting;
+    Terminals mTerminals;
     bool mIsStrict; // whether links that are not in use are faults
     RuleReporter& mReporter;
 };
@@ -232,22 +279,38 @@ bool isInApply(const XmlElement& element)
     return node != nullptr && node->parent != nullptr && filedName(*node->parent) == "apply";
 }
 
-// What an option switches together with its value.
-void checkApplied(const DescriptorModel& model, const XmlElement& element, const Routing& routing,
-                  RuleReporter& reporter)
-{
-    if (element.attribute(routing.attribute) == nullptr || !isInApply(element)) return;
-    const ModelNode* const node = model.node(filedName(*element.parent));
-    const ModelPart* const part = node == nullptr ? nullptr : node->part(filedName(element));
-    if (part == nullptr || part->kind != routing.kind) return;
-    RoutingChecker(*node, routing, false, reporter).checkNumber(*part, element);
-}
+// What options switch together with their values.
+class AppliedChecker {
+public:
+    AppliedChecker(const DescriptorModel& model, const Routing& routing, RuleReporter& reporter)
+        : mModel(model), mRouting(routing), mReporter(reporter)
+    {
+    }
+
+    void check(const XmlElement& element)
+    {
+        if (element.attribute(mRouting.attribute) == nullptr || !isInApply(element)) return;
+        const ModelNode* const node = mModel.node(filedName(*element.parent));
+        const ModelPart* const part = node == nullptr ? nullptr : node->part(filedName(element));
+        if (part == nullptr || part->kind != mRouting.kind) return;
+        const auto checker = mCheckers.try_emplace(node, *node, mRouting, false, mReporter).first;
+        checker->second.checkNumber(*part, element);
+    }
+
+private:
+    const DescriptorModel& mModel;
+    const Routing& mRouting;
+    RuleReporter& mReporter;
+    std::map<const ModelNode*, RoutingChecker> mCheckers; // only looked up
+};
 
 void checkRouting(const DescriptorModel& model, RuleReporter& reporter)
 {
+    AppliedChecker muxes(model, kMux, reporter);
+    AppliedChecker demuxes(model, kDemux, reporter);
     for (const XmlElement& element : model.document().elements()) {
-        checkApplied(model, element, kMux, reporter);
-        checkApplied(model, element, kDemux, reporter);
+        muxes.check(element);
+        demuxes.check(element);
     }
     const bool isOld = isBeforeGeneration7(model);
     for (const ModelNode* const node : effectiveNodes(model)) {

@@ -2,12 +2,14 @@
 // Lists of options: what else changes with the value of an attribute.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/Causes.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace NuxoTool {
@@ -30,6 +32,12 @@ bool isFiledAs(const XmlElement& element, const char* name)
     return filedName(element) == name;
 }
 
+// A part that nobody finds because another one has its name.
+bool isShadowed(const ModelNode& node, const XmlElement& part)
+{
+    return part.attribute("name") != nullptr && node.part(filedName(part))->element != &part;
+}
+
 void addLists(std::vector<OptionList>& lists, const ModelNode& node)
 {
     std::vector<std::pair<const XmlElement*, std::string>> open = {{node.element, ""}};
@@ -37,6 +45,7 @@ void addLists(std::vector<OptionList>& lists, const ModelNode& node)
         const auto [owner, path] = open.back();
         open.pop_back();
         for (const XmlElement* const child : owner->children) {
+            if (owner == node.element && isShadowed(node, *child)) continue;
             if (isFiledAs(*child, "options")) {
                 lists.push_back({&node, owner, path, child, child->value("attribute")});
             } else {
@@ -53,23 +62,27 @@ std::vector<OptionList> listsOf(const DescriptorModel& model)
     return lists;
 }
 
-std::vector<const ModelNode*> nodesMadeFrom(const DescriptorModel& model, const ModelNode& base)
-{
-    std::vector<const ModelNode*> nodes;
-    for (const ModelNode& node : model.nodes()) {
-        if (node.base == base.element) nodes.push_back(&node);
-    }
-    return nodes;
-}
+using Nodes = std::vector<const ModelNode*>;
 
-// Nodes that get the list: those made from the base node that it stands in, or the node itself.
-std::vector<const ModelNode*> holdersOf(const DescriptorModel& model, const OptionList& list)
-{
-    std::vector<const ModelNode*> holders;
-    if (list.node->isBase) holders = nodesMadeFrom(model, *list.node);
-    if (holders.empty()) holders.push_back(list.node);
-    return holders;
-}
+// Nodes that get a list of options: those made from the base node that it stands in, or the node itself.
+class Holders {
+public:
+    explicit Holders(const DescriptorModel& model)
+    {
+        for (const ModelNode& node : model.nodes()) {
+            if (node.base != nullptr) mNodes[node.base].push_back(&node);
+        }
+    }
+
+    Nodes of(const OptionList& list) const
+    {
+        const auto found = mNodes.find(list.node->element);
+        return list.node->isBase && found != mNodes.end() ? found->second : Nodes{list.node};
+    }
+
+private:
+    std::map<const XmlElement*, Nodes> mNodes; // by the base node; only looked up
+};
 
 bool isInteger(const std::string& attribute)
 {
@@ -79,19 +92,20 @@ bool isInteger(const std::string& attribute)
 
 // ---- option-attribute
 
-bool hasAttribute(const DescriptorModel& model, const OptionList& list)
+bool hasAttribute(const Holders& allHolders, const OptionList& list)
 {
-    const std::vector<const ModelNode*> holders = holdersOf(model, list);
+    const Nodes holders = allHolders.of(list);
     return std::any_of(holders.begin(), holders.end(),
                        [&list](const ModelNode* node) { return node->value(list.attributePath()).has_value(); });
 }
 
 void checkAttributes(const DescriptorModel& model, RuleReporter& reporter)
 {
+    const Holders holders(model);
     for (const OptionList& list : listsOf(model)) {
         // names that no attribute has are told of for all elements
         const VocabularyEntry* const entry = vocabularyEntry(list.attribute);
-        if (entry == nullptr || !entry->isAttribute || hasAttribute(model, list)) continue;
+        if (entry == nullptr || !entry->isAttribute || hasAttribute(holders, list)) continue;
         std::vector<std::string> names;
         for (const XmlAttribute& attribute : list.owner->attributes) names.push_back(attribute.name);
         reporter.report(*list.element, "attribute",
@@ -114,15 +128,20 @@ std::vector<std::string> itemsIn(const OptionList& list)
 }
 
 // Values of one attribute, which may have several lists.
-using Items = std::map<std::pair<const XmlElement*, std::string>, std::vector<std::string>>;
+struct ItemList {
+    std::vector<std::string> inOrder;
+    std::set<std::string> all;
+};
+using Items = std::map<std::pair<const XmlElement*, std::string>, ItemList>;
 
 Items allItems(const std::vector<OptionList>& lists)
 {
     Items all;
     for (const OptionList& list : lists) {
-        std::vector<std::string>& items = all[{list.owner, list.attribute}];
+        ItemList& items = all[{list.owner, list.attribute}];
         const std::vector<std::string> more = itemsIn(list);
-        items.insert(items.end(), more.begin(), more.end());
+        items.inOrder.insert(items.inOrder.end(), more.begin(), more.end());
+        items.all.insert(more.begin(), more.end());
     }
     return all;
 }
@@ -134,17 +153,17 @@ std::string comparedText(const OptionList& list, const std::string& text)
     return number ? std::to_string(*number) : text;
 }
 
-void checkDefault(const ModelNode& node, const OptionList& list, const std::vector<std::string>& items,
-                  RuleReporter& reporter)
+void checkDefault(const ModelNode& node, const OptionList& list, const ItemList& itemList, RuleReporter& reporter)
 {
     const std::optional<ModelValue> value = node.value(list.attributePath());
     if (!value) return;
     const std::string text = comparedText(list, value->text);
-    if (std::find(items.begin(), items.end(), text) != items.end()) return;
+    if (itemList.all.count(text) > 0) return;
+    const std::vector<std::string>& items = itemList.inOrder;
     reporter.report(*value->element, value->attribute,
                     "no option of " + named(fullName(node, list.path)) + " stands for its own " + list.attribute + ' ' +
-                        named(text) + "; expected " + (items.empty() ? "an option for it" : listOf(items, " or ")) +
-                        (isInteger(list.attribute) ? "" : suggestionFor(text, items)));
+                        named(text) + "; expected " + (items.empty() ? "an option for it" : choiceOf(items)) +
+                        (isInteger(list.attribute) ? "" : suggestionAmong(text, items)));
     reporter.note(*list.element, "the options");
 }
 
@@ -152,9 +171,10 @@ void checkDefaults(const DescriptorModel& model, RuleReporter& reporter)
 {
     const std::vector<OptionList> lists = listsOf(model);
     const Items items = allItems(lists);
+    const Holders holders(model);
     for (const OptionList& list : lists) {
         if (list.attribute.empty()) continue;
-        for (const ModelNode* const node : holdersOf(model, list))
+        for (const ModelNode* const node : holders.of(list))
             checkDefault(*node, list, items.at({list.owner, list.attribute}), reporter);
     }
 }
@@ -224,7 +244,10 @@ void checkDuplicates(const DescriptorModel& model, RuleReporter& reporter)
 
 class TargetChecker {
 public:
-    TargetChecker(const DescriptorModel& model, RuleReporter& reporter) : mModel(model), mReporter(reporter) {}
+    TargetChecker(const DescriptorModel& model, RuleReporter& reporter)
+        : mModel(model), mShadowed(model), mHolders(model), mReporter(reporter)
+    {
+    }
 
     void check(const OptionList& list, const XmlElement& option) const
     {
@@ -243,10 +266,14 @@ private:
         const std::string& name = filedName(target);
         const ModelNode* const node = mModel.node(name);
         if (node == nullptr) {
-            mReporter.report(target, "no node has the name " + named(name) + "; expected one below 'nodes'" +
-                                         suggestionFor(name, candidates(list)));
+            if (mShadowed.hasNode()) return nullptr;
+            mReporter.reportCause(missingNode(name), target, "",
+                                  "no node has the name " + named(name) + "; expected one below 'nodes'" +
+                                      suggestionFor(name, candidates(list)));
             return nullptr;
         }
+        if (!node->isBase && list.node->isBase && node->base == list.node->element)
+            return oneOfSeveral(list, target, node);
         if (!node->isBase) return node;
         if (node != list.node) {
             mReporter.report(target, named(name) + " is a base node, which is part of no graph; expected a node" +
@@ -260,6 +287,19 @@ private:
         return nullptr;
     }
 
+    // Each node that is made from the base node gets its options, with the name of the base node put right.
+    const ModelNode* oneOfSeveral(const OptionList& list, const XmlElement& target, const ModelNode* node) const
+    {
+        const Nodes holders = mHolders.of(list);
+        if (holders.size() < 2 || !isOwnedByPort(list)) return node;
+        const ModelNode& other = *holders[holders[0] == node ? 1 : 0];
+        mReporter.report(target, named(node->name) + " is one of " + std::to_string(holders.size()) +
+                                     " nodes made from base node " + named(list.node->name) + ", so that a choice at " +
+                                     named(other.name) + " would change it, too; expected the name of the base node" +
+                                     didYouMean(list.node->name));
+        return nullptr;
+    }
+
     // Only those of ports are rewritten for the nodes that are made from a base node.
     static bool isOwnedByPort(const OptionList& list)
     {
@@ -270,6 +310,7 @@ private:
     std::vector<std::string> candidates(const OptionList& list) const
     {
         std::vector<std::string> names;
+        if (mModel.nodes().size() > kMostCompared) return names;
         if (list.node->isBase) names.push_back(list.node->name);
         for (const ModelNode& node : mModel.nodes()) {
             if (!node.isBase) names.push_back(node.name);
@@ -283,14 +324,17 @@ private:
             const std::string& name = filedName(*part);
             const VocabularyEntry* const entry = vocabularyEntry(name);
             const bool isOfLibrary = entry != nullptr && entry->isElement;
-            if (isOfLibrary || node.part(name) != nullptr) continue;
-            mReporter.report(*part, "node " + named(node.name) + " has no part " + named(name) +
-                                        "; expected one of its ports, kernels or other elements" +
-                                        suggestionFor(name, namesOf(node.parts)));
+            if (isOfLibrary || node.part(name) != nullptr || mShadowed.hasPart(node)) continue;
+            mReporter.reportCause(missingPart(node, name), *part, "",
+                                  "node " + named(node.name) + " has no part " + named(name) +
+                                      "; expected one of its ports, kernels or other elements" +
+                                      suggestionFor(name, namesBelow(bodyOf(node))));
         }
     }
 
     const DescriptorModel& mModel;
+    const ShadowedItems mShadowed;
+    const Holders mHolders;
     RuleReporter& mReporter;
 };
 
@@ -343,7 +387,9 @@ std::vector<Rule> optionRules()
          "into the "
          "graph, and what the graph does not have is added: as an element that nobody reads. In a base node, options "
          "of a "
-         "port name the base node; each node made from it gets them under its own name. Write names that exist, in "
+         "port name the base node; each node made from it gets them under its own name, while options that name one of "
+         "several such "
+         "nodes would always change that one. Write names that exist, in "
          "lower "
          "case:\n"
          "    <apply><video><scl_fmt><output bpp=\"8\"/></scl_fmt></video></apply>",

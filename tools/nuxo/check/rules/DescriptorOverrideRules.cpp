@@ -2,6 +2,7 @@
 // What graphs set over all that nodes and settings say.
 #include "Suggestion.h"
 #include "Text.h"
+#include "check/rules/Causes.h"
 #include "check/rules/DescriptorRuleParts.h"
 #include "check/rules/SettingsPlaces.h"
 #include "schema/GraphSchema.h"
@@ -16,6 +17,7 @@ namespace {
 // Where the path of an override leads, as far as that is known.
 struct Override {
     std::string fault;     ///< what is wrong with the target
+    std::string cause;     ///< of it, when it shows elsewhere as well
     bool isUsable = false; ///< the path ends at something that can be set
     std::string attribute; ///< then its name
 };
@@ -27,7 +29,7 @@ public:
     {
         for (const ModelNode* const node : graph.nodes()) {
             mNodes.insert(node);
-            mNames.push_back(node->name);
+            if (mNames.size() <= kMostCompared) mNames.push_back(node->name);
         }
         mCanRedirect =
             std::any_of(graph.connections.begin(), graph.connections.end(), [](const ModelConnection& connection) {
@@ -37,7 +39,7 @@ public:
 
     // Settings may send frames to another sink than the one that the connection names.
     bool has(const ModelNode& node) const { return mNodes.count(&node) > 0 || (mCanRedirect && node.kind == "sink"); }
-    const std::vector<std::string>& names() const { return mNames; }
+    std::string closeTo(const std::string& name) const { return suggestionAmong(name, mNames); }
 
 private:
     std::set<const ModelNode*> mNodes;
@@ -51,7 +53,7 @@ std::string nodeFault(const DescriptorModel& model, const GraphNodes& graph, con
     if (node != nullptr && graph.has(*node)) return "";
     const std::string what =
         node == nullptr ? "no node has the name " + named(name) : "node " + named(name) + " is not part of this graph";
-    return what + ", so the override is skipped; expected a node of the graph" + suggestionFor(name, graph.names());
+    return what + ", so the override is skipped; expected a node of the graph" + graph.closeTo(name);
 }
 
 // An override of the whole graph, such as "dvs".
@@ -60,9 +62,20 @@ std::string ownAttributeFault(const DescriptorModel& model, const GraphNodes& gr
     if (model.node(name) != nullptr)
         return named(name) + " is a node; expected an attribute behind it, such as " + named(name + ":enabled");
     const VocabularyEntry* const entry = vocabularyEntry(name);
+    if (entry != nullptr && entry->isAttribute && !entry->isSettable)
+        return named(name) +
+               " of the setting must stay as it is written; expected another attribute, or a node ahead " + "of it";
     if (entry != nullptr && entry->isAttribute) return "";
     return named(name) + " is no attribute; expected 'node:attribute', or a path with parts between them" +
-           suggestionFor(name, graph.names());
+           graph.closeTo(name);
+}
+
+// Whether the first names of a path may be meant for something that another one hides.
+bool mayBeShadowed(const DescriptorModel& model, const ShadowedItems& shadowed, const std::vector<std::string>& names)
+{
+    const ModelNode* const node = names.empty() ? nullptr : model.node(names[0]);
+    if (node == nullptr) return shadowed.hasNode();
+    return names.size() > 2 && node->part(names[1]) == nullptr && shadowed.hasPart(*node);
 }
 
 Override overrideOf(const DescriptorModel& model, const GraphNodes& graph, const XmlElement& apply)
@@ -77,8 +90,13 @@ Override overrideOf(const DescriptorModel& model, const GraphNodes& graph, const
         result.fault = nodeFault(model, graph, names[0]);
     }
     const ModelNode* const node = names.empty() ? nullptr : model.node(names[0]);
-    if (result.fault.empty() && names.size() > 1 && node->isWhole())
-        result.fault = faultText(findTarget(bodyOf(*node), names, 1), "node " + named(node->name));
+    if (names.size() > 1 && node == nullptr) result.cause = missingNode(names[0]);
+    if (result.fault.empty() && names.size() > 1 && node->isWhole()) {
+        const PathTarget target = findTarget(*node, names, 1);
+        result.fault = faultText(target, "node " + named(node->name));
+        const bool isPart = target.fault == PathTarget::Fault::UnknownPart && target.namesBefore.empty();
+        if (isPart) result.cause = missingPart(*node, target.name);
+    }
     result.isUsable = result.fault.empty() && (names.size() == 1 || node->isWhole());
     if (result.isUsable) result.attribute = names.back();
     return result;
@@ -86,10 +104,15 @@ Override overrideOf(const DescriptorModel& model, const GraphNodes& graph, const
 
 template <typename Visit> void forEachOverride(const DescriptorModel& model, Visit visit)
 {
+    const ShadowedItems shadowed(model);
     for (const ModelGraph& graph : model.graphs()) {
         const GraphNodes nodes(graph);
         for (const XmlElement* const apply : graph.overrides) {
-            if (apply->attribute("target") != nullptr) visit(*apply, overrideOf(model, nodes, *apply));
+            if (apply->attribute("target") == nullptr) continue;
+            const Override found = overrideOf(model, nodes, *apply);
+            const bool isConsequence =
+                !found.fault.empty() && mayBeShadowed(model, shadowed, namesOfPath(apply->value("target")));
+            if (!isConsequence) visit(*apply, found);
         }
     }
 }
@@ -97,7 +120,7 @@ template <typename Visit> void forEachOverride(const DescriptorModel& model, Vis
 void checkTargets(const DescriptorModel& model, RuleReporter& reporter)
 {
     forEachOverride(model, [&](const XmlElement& apply, const Override& found) {
-        if (!found.fault.empty()) reporter.report(apply, "target", found.fault);
+        if (!found.fault.empty()) reporter.reportCause(found.cause, apply, "target", found.fault);
     });
 }
 
@@ -122,17 +145,18 @@ std::vector<Rule> overrideRules()
          "An element 'apply' below a graph sets a value in every built graph, over nodes and settings. Its target "
          "starts "
          "with a node of the graph, goes on with parts of it and ends with an attribute; only the attribute may be "
-         "new. "
+         "new, and names, types, peers and klinks must stay. "
          "What leads elsewhere is skipped with a warning, or makes an element that nobody reads:\n"
          "    <apply target=\"front:shade:enabled\" value=\"1\"/>",
          {"connection-end", "base-node"},
          DescriptorRule(checkTargets)},
         {"override-value",
          RuleSeverity::Error,
-         "an override of a graph gives a number wrongly",
-         "The attribute that the override sets is a number. The library makes a decimal number of the value; when the "
+         "an override of a graph gives a value wrongly",
+         "When the attribute that the override sets is a number, the library makes a decimal number of the "
+         "value; when the "
          "text is none, or the number does not fit 32 bits, it ends building the graph, and no message tells why. "
-         "Write decimal digits, in the range of the attribute.",
+         "Write decimal digits, in the range of the attribute; bitmaps and fixed values as in elements.",
          {},
          DescriptorRule(checkValues)},
     };

@@ -9,8 +9,9 @@ namespace NuxoTool {
 std::vector<Rule> descriptorRules()
 {
     using MakeRules = std::vector<Rule> (*)();
-    constexpr MakeRules topics[] = {contentRules, baseNodeRules, connectionRules, usageRules, overrideRules,
-                                    optionRules,  kernelRules,   branchRules,     groupRules, linkRules};
+    constexpr MakeRules topics[] = {contentRules, baseNodeRules, nodeRules,     connectionRules,
+                                    captureRules, usageRules,    overrideRules, optionRules,
+                                    kernelRules,  branchRules,   groupRules,    linkRules};
     std::vector<Rule> rules;
     for (const MakeRules make : topics) {
         std::vector<Rule> more = make();

@@ -91,7 +91,10 @@ void checkNodes(const DescriptorModel& model, RuleReporter& reporter)
 {
     if (model.graphs().empty()) return;
     NodeSet used = connectedNodes(model);
-    for (const ModelNode& node : model.nodes()) used.insert(model.baseOf(node));
+    for (const ModelNode& node : model.nodes()) {
+        used.insert(model.baseOf(node));
+        used.insert(model.node(node.element->value("base_node"))); // of base nodes, too, which is told of there
+    }
     const bool areSinksUsed = canRedirect(model);
     for (const ModelNode& node : model.nodes()) {
         const bool isFirst = model.node(node.name) == &node;

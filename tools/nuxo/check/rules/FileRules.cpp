@@ -43,8 +43,12 @@ std::vector<PlacedElement> knownElements(const XmlDocument& document)
     return known;
 }
 
-std::string oneOf(const std::vector<std::string>& names)
+std::string oneOf(const std::vector<std::string>& all)
 {
+    std::vector<std::string> names; // each once
+    for (const std::string& name : all) {
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
     if (names.empty()) return "nothing";
     std::string text;
     for (size_t i = 0; i < std::min(names.size(), kMostNames); ++i) text += (i == 0 ? "" : ", ") + named(names[i]);

@@ -30,8 +30,15 @@ std::vector<PlacedElement> placedElements(const XmlDocument& document);
 /// Those of them that may stand where they do.
 std::vector<PlacedElement> knownElements(const XmlDocument& document);
 
-/// "one of 'a', 'b', 'c'", "'a'" for a single name, "nothing" for none; only the first of many are named.
-std::string oneOf(const std::vector<std::string>& names);
+/// Whether a text is a finite number, which may have a sign, a decimal point and an exponent.
+bool isDecimalNumber(const std::string& text);
+
+/// How a bitmap or decimal number has to be written when a text is not, "" otherwise and for other attributes.
+std::string expectedForm(const AttributeKind& kind, const std::string& text);
+
+/// "one of 'a', 'b', 'c'", "'a'" for a single name, "nothing" for none; each is named once, and of many only the
+/// first.
+std::string oneOf(const std::vector<std::string>& all);
 
 } // namespace NuxoTool
 

@@ -2,19 +2,16 @@
 // Names and numbers by which elements are found: whether they are unique, and whether anything can speak of them.
 #include "Text.h"
 #include "check/rules/FileRules.h"
-#include "document/Expat.h"
+#include "document/ElementName.h"
 #include "model/DescriptorModel.h"
 
 #include <algorithm>
 #include <map>
-#include <new>
 #include <set>
 
 namespace NuxoTool {
 
 namespace {
-
-constexpr size_t kLongestName = 4096; // beyond it nobody asks for signs of other alphabets
 
 bool isPartKind(const ElementKind& kind)
 {
@@ -101,32 +98,6 @@ void checkDuplicateKeys(const XmlDocument& document, RuleReporter& reporter)
     }
 }
 
-bool isAscii(char character)
-{
-    return static_cast<unsigned char>(character) < 0x80U;
-}
-
-bool isNameStart(char character)
-{
-    return (character >= 'a' && character <= 'z') || character == '_' || !isAscii(character);
-}
-
-bool isNameCharacter(char character)
-{
-    return isNameStart(character) || (character >= '0' && character <= '9') || character == '.' || character == '-';
-}
-
-// Whether the parser takes a name for an element. Only it knows which signs of all alphabets those may have.
-bool isElementName(const std::string& name)
-{
-    const ExpatPointer parser = makeExpat();
-    const std::string element = '<' + name + "/>";
-    const bool isParsed =
-        XML_Parse(parser.get(), element.data(), static_cast<int>(element.size()), XML_TRUE) == XML_STATUS_OK;
-    if (!isParsed && XML_GetErrorCode(parser.get()) == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
-    return isParsed;
-}
-
 // What is wrong with a name that an element of settings shall have, "" for nothing.
 std::string nameTrouble(const std::string& name)
 {
@@ -134,19 +105,18 @@ std::string nameTrouble(const std::string& name)
     const auto isCapital = [](char character) { return character >= 'A' && character <= 'Z'; };
     if (std::any_of(name.begin(), name.end(), isCapital)) return "has capital letters";
     if (name.find(':') != std::string::npos) return "has a ':', which parts the names of a path";
-    const auto wrong = std::find_if_not(name.begin(), name.end(), isNameCharacter);
+    const auto wrong = std::find_if_not(name.begin(), name.end(), isElementNameCharacter);
     if (wrong != name.end()) return "has a " + quoted(std::string(1, *wrong)) + ", which element names cannot have";
-    if (!isNameStart(name[0])) return "starts with " + quoted(name.substr(0, 1)) + ", which element names cannot";
-    const bool isPlain = std::all_of(name.begin(), name.end(), isAscii);
-    return isPlain || (name.size() <= kLongestName && isElementName(name)) ? ""
-                                                                           : "has signs that element names cannot have";
+    if (!isElementNameStart(name[0]))
+        return "starts with " + quoted(name.substr(0, 1)) + ", which element names cannot";
+    return isElementName(name) ? "" : "has signs that element names cannot have";
 }
 
 std::string mended(const std::string& name)
 {
     std::string better = lowerCase(name);
     for (char& character : better) {
-        if (!isNameCharacter(character) || !isAscii(character)) character = '_';
+        if (!isElementNameCharacter(character) || !isAscii(character)) character = '_';
     }
     if (better.empty() || nameTrouble(better).empty()) return better;
     return "n" + better;

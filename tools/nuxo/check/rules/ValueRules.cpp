@@ -5,7 +5,7 @@
 #include "check/rules/FileRules.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <cmath>
 #include <cstdlib>
 
 namespace NuxoTool {
@@ -78,6 +78,34 @@ void checkRanges(const XmlDocument& document, RuleReporter& reporter)
     });
 }
 
+// ---- value-form
+
+// Bitmaps are handed out as text: digits behind 0x, or a plain 0.
+bool isHexadecimal(const std::string& text)
+{
+    if (text == "0") return true;
+    constexpr size_t prefix = 2;
+    return text.size() > prefix && (text.compare(0, prefix, "0x") == 0 || text.compare(0, prefix, "0X") == 0) &&
+           text.find_first_not_of("0123456789abcdefABCDEF", prefix) == std::string::npos;
+}
+
+bool isSettings(const XmlDocument& document)
+{
+    return document.root() != nullptr && document.root()->name == settingsSchema().name;
+}
+
+void checkForms(const XmlDocument& document, RuleReporter& reporter)
+{
+    forEachValue(document, [&](const XmlElement& element, const XmlAttribute& attribute, const AttributeKind& kind) {
+        // Settings that state a gain have more to go by.
+        const bool isGainOfSetting = attribute.name == "conversion_gain" && isSettings(document);
+        const std::string expected = isGainOfSetting ? "" : expectedForm(kind, attribute.value);
+        if (expected.empty()) return;
+        reporter.report(element, attribute.name,
+                        named(attribute.name) + " is " + quoted(attribute.value) + "; expected " + expected);
+    });
+}
+
 bool isAttributeName(const std::string& name)
 {
     const VocabularyEntry* const entry = vocabularyEntry(name);
@@ -101,6 +129,22 @@ void checkChoices(const XmlDocument& document, RuleReporter& reporter)
 
 } // namespace
 
+bool isDecimalNumber(const std::string& text)
+{
+    const bool isDecimal = !text.empty() && text.find_first_not_of("0123456789+-.eE") == std::string::npos;
+    char* end = nullptr;
+    const float number = isDecimal ? std::strtof(text.c_str(), &end) : 0;
+    return isDecimal && *end == '\0' && std::isfinite(number);
+}
+
+std::string expectedForm(const AttributeKind& kind, const std::string& text)
+{
+    if (kind.value == ValueKind::Hexadecimal && !isHexadecimal(text))
+        return "hexadecimal digits behind 0x, such as 0x07ff";
+    if (kind.value == ValueKind::Decimal && !isDecimalNumber(text)) return "a decimal number, such as 4.0";
+    return "";
+}
+
 std::vector<Rule> valueRules()
 {
     return {
@@ -120,6 +164,14 @@ std::vector<Rule> valueRules()
          "has 16 bits. Write a number within the range that the finding names.",
          {},
          checkRanges},
+        {"value-form",
+         RuleSeverity::Error,
+         "a bitmap or decimal number that is not written as one",
+         "Bitmaps such as rbm are handed to clients as they are written, and decimal numbers such as conversion_gain "
+         "keep their default when the text is none: no message tells of either. Write bitmaps as hexadecimal digits "
+         "behind 0x, without blanks, and decimal numbers with digits and a point: <cipf rbm=\"0x07ff\"/>.",
+         {},
+         checkForms},
         {"choice-value",
          RuleSeverity::Error,
          "a text that is none of those that the attribute can have",
