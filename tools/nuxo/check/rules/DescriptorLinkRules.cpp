@@ -332,10 +332,13 @@ void checkRepeats(const DescriptorModel& model, RuleReporter& reporter)
     for (const ModelNode* const group : writtenNodes(model)) {
         std::map<std::pair<std::string, std::string>, const XmlElement*> first;
         for (const XmlElement* const link : linksOf(*group)) {
-            const std::string source = LinkEnd(link->value(kSource)).name;
-            const std::string destination = LinkEnd(link->value(kDestination)).name;
-            // Of links through a routing element only those in use count.
-            if (isKind(*group, destination, kMux.kind) || isKind(*group, source, kDemux.kind)) continue;
+            std::string source = LinkEnd(link->value(kSource)).name;
+            std::string destination = LinkEnd(link->value(kDestination)).name;
+            // Links through a routing element differ in its ways, of which one is in use.
+            if (isKind(*group, destination, kMux.kind) || isKind(*group, source, kDemux.kind)) {
+                source = link->value(kSource);
+                destination = link->value(kDestination);
+            }
             const auto [place, isNew] = first.emplace(std::make_pair(source, destination), link);
             if (isNew) continue;
             reporter.report(*link, "another klink leads from " + named(source) + " to " + named(destination) +

@@ -190,10 +190,10 @@ private:
     void checkMode(const XmlElement& place, const std::string& mode)
     {
         if (mFile.sensorModesElement() == nullptr) {
-            mReporter.reportOnce(place, "mode_id",
-                                 "mode " + named(mode) +
-                                     " is looked up in 'sensor_modes', which this file does not have; "
-                                     "expected <sensor_modes> with the modes beside the settings");
+            mReporter.reportCause("no sensor modes", place, "mode_id",
+                                  "mode " + named(mode) +
+                                      " is looked up in 'sensor_modes', which this file does not have; "
+                                      "expected <sensor_modes> with the modes beside the settings");
             return;
         }
         if (mFile.sensorMode(mode) != nullptr) return;
