@@ -20,7 +20,7 @@ TEST_F(FindingsTest, TruncatedDocumentNamesTheOpenElement)
 {
     // The text ends with line 4, so the end is at the start of line 5, which is empty.
     expectFinding("truncated.xml", 1,
-                  "truncated.xml:5:1: error[malformed]: no element found; expected well-formed XML\n"
+                  "truncated.xml:5:1: error[malformed]: the text ends too early; expected </settings>\n"
                   "truncated.xml:3:5: note: element 'settings' is still open\n"
                   "        <settings key=\"1\" id=\"100\">\n"
                   "        ^\n");
@@ -30,7 +30,8 @@ TEST_F(FindingsTest, MismatchedTagNamesBothPlaces)
 {
     // The caret stands at the name of the end tag, which expat reports.
     expectFinding("mismatched.xml", 1,
-                  "mismatched.xml:4:34: error[malformed]: mismatched tag; expected well-formed XML\n"
+                  "mismatched.xml:4:34: error[malformed]: mismatched tag: another element ends here; "
+                  "expected </sensor> first\n"
                   "            <sensor mode_id=\"full\"></snsor>\n"
                   "                                     ^\n"
                   "mismatched.xml:4:9: note: element 'sensor' is still open\n"
@@ -43,7 +44,7 @@ TEST_F(FindingsTest, CompressedMalformedDocumentIsLocatedAlike)
     writeCompressed("mismatched.xml.gz", read("mismatched.xml"));
     const ToolRun result = run({"dump", "mismatched.xml.gz"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err.find("mismatched.xml.gz:4:34: error[malformed]: mismatched tag;"), 0U) << result.err;
+    EXPECT_EQ(result.err.find("mismatched.xml.gz:4:34: error[malformed]: mismatched tag:"), 0U) << result.err;
     EXPECT_NE(result.err.find("</snsor>\n"), std::string::npos) << result.err;
 }
 
@@ -161,7 +162,7 @@ TEST_F(FindingsTest, TruncatedCompressedDocumentOfWholeChunksIsAFinding)
     writeCompressed("chunks.gz", document);
     const ToolRun result = run({"dump", "chunks.gz"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err.find("chunks.gz:1:8193: error[malformed]: no element found"), 0U) << result.err;
+    EXPECT_EQ(result.err.find("chunks.gz:1:8193: error[malformed]: the text ends too early"), 0U) << result.err;
 }
 
 TEST_F(FindingsTest, DamagedCompressedFileIsAFinding)
@@ -215,9 +216,10 @@ TEST_F(FindingsTest, CaretCountsCharactersAndKeepsTabs)
     const ToolRun result = run({"dump", "wide.xml"});
     // A tab, the 13 characters of <a name="..."> of which two have two bytes, and </ precede the name of the end tag: it
     // is byte 1 + 15 + 2 + 1 and stands below a tab and 15 blanks.
-    EXPECT_EQ(result.err.find("wide.xml:2:19: error[malformed]: mismatched tag; expected well-formed XML\n"
-                              "    \t<a name=\"\xc3\xbc\xc3\xbc\"></b>\n"
-                              "    \t               ^\n"),
+    EXPECT_EQ(result.err.find(
+                  "wide.xml:2:19: error[malformed]: mismatched tag: another element ends here; expected </a> first\n"
+                  "    \t<a name=\"\xc3\xbc\xc3\xbc\"></b>\n"
+                  "    \t               ^\n"),
               0U)
         << result.err;
 }

@@ -3,6 +3,7 @@
 
 #include "FileBytes.h"
 #include "GzipTail.h"
+#include "MalformedText.h"
 #include "Text.h"
 #include "document/Expat.h"
 
@@ -131,10 +132,10 @@ void reportMalformed(const Inspector& inspector, const std::string& path, Findin
                        "an attribute stands twice in one element; expected it once, the parser stops here");
         return;
     }
-    const char* const explanation = XML_ErrorString(error);
-    findings.error("malformed", locationOf(path, expatOffset(inspector.parser)),
-                   std::string(explanation != nullptr ? explanation : "unknown XML error") +
-                       "; expected well-formed XML");
+    const Location where = locationOf(path, expatOffset(inspector.parser));
+    const SourceLine line = readLines(path, {{where.line, where.column}}).front();
+    const std::string openName = inspector.open.empty() ? "" : inspector.open.back().name;
+    findings.error("malformed", where, malformedText(error, line.text, line.column, openName));
     const bool isUnclosed =
         error == XML_ERROR_NO_ELEMENTS || error == XML_ERROR_TAG_MISMATCH || error == XML_ERROR_UNCLOSED_TOKEN;
     if (!isUnclosed || inspector.open.empty()) return;
@@ -169,7 +170,8 @@ void reportTail(const FileBytes& bytes, const std::string& path, Findings& findi
     const uint64_t count = bytes.isCompressed() ? bytesBehindText(path) : 0;
     if (count == 0) return;
     findings.warning("trailing-bytes", inFile(path),
-                     std::to_string(count) + (count == 1 ? " byte follows" : " bytes follow") +
+                     (count > FileBytes::kMostBytes ? "more than " : "") + std::to_string(count) +
+                         (count == 1 ? " byte follows" : " bytes follow") +
                          " the compressed text, and nobody reads them; expected the end of the file");
 }
 
