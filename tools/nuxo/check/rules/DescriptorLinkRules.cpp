@@ -54,6 +54,30 @@ bool isTerminal(const std::string& text)
     return number && *number >= 0 && std::to_string(*number) == text;
 }
 
+// Adds the number of an output, or of those that are listed in it; false when it has none.
+bool addNumbers(const XmlElement& output, std::vector<std::string>& numbers)
+{
+    if (output.attribute("id") != nullptr) {
+        numbers.push_back(output.value("id"));
+        return true;
+    }
+    for (const XmlElement* const listed : output.children) {
+        if (listed->attribute("id") == nullptr) return false;
+        numbers.push_back(listed->value("id"));
+    }
+    return !output.children.empty();
+}
+
+// The numbers of a kernel's outputs; none unless it gives each of them one.
+std::vector<std::string> numberedOutputs(const XmlElement& kernel)
+{
+    std::vector<std::string> numbers;
+    for (const XmlElement* const child : kernel.children) {
+        if (child->name == "output" && !addNumbers(*child, numbers)) return {};
+    }
+    return numbers;
+}
+
 // Tells of ends of the klinks of a group that lead nowhere.
 class EndChecker {
 public:
@@ -120,9 +144,19 @@ private:
             return named(text) + " names a " + part->kind + " without its " + which + "; expected the number of the " +
                    which + " behind ':'" + didYouMean(end.name + ":0");
         }
-        if (isTerminal(end.terminal)) return "";
+        if (isTerminal(end.terminal)) return unknownOutput(*part, end, side);
         return named(end.terminal) + " is no number of an input or output; expected a number of 32 bits without " +
                "leading zeros, as in " + named(end.name + ":0");
+    }
+
+    static std::string unknownOutput(const ModelPart& part, const LinkEnd& end, const LinkSide& side)
+    {
+        if (part.kind != "kernel" || side.attribute != kSourceSide.attribute) return "";
+        const std::vector<std::string> outputs = numberedOutputs(*part.element);
+        if (outputs.empty() || std::find(outputs.begin(), outputs.end(), end.terminal) != outputs.end()) return "";
+        std::vector<std::string> ends;
+        for (const std::string& output : outputs) ends.push_back(end.name + ':' + output);
+        return "kernel " + named(end.name) + " has no output " + end.terminal + "; expected " + choiceOf(ends);
     }
 
     const ModelNode& mGroup;
@@ -319,6 +353,31 @@ void checkRouting(const DescriptorModel& model, RuleReporter& reporter)
     }
 }
 
+// ---- klink-joint-end
+
+// The same two elements twice is told of as such.
+bool joinsTheSame(const XmlElement& a, const XmlElement& b)
+{
+    return LinkEnd(a.value(kSource)).name == LinkEnd(b.value(kSource)).name;
+}
+
+void checkJointEnds(const DescriptorModel& model, RuleReporter& reporter)
+{
+    for (const ModelNode* const group : writtenNodes(model)) {
+        std::map<std::string, const XmlElement*> first;
+        for (const XmlElement* const link : linksOf(*group)) {
+            const std::string& destination = link->value(kDestination);
+            if (destination.empty() || group->part(LinkEnd(destination).name) == nullptr) continue;
+            const auto [place, isNew] = first.emplace(destination, link);
+            if (isNew || joinsTheSame(*place->second, *link)) continue;
+            reporter.report(*link, kDestination,
+                            "another klink ends at " + named(destination) +
+                                " already; expected one klink to each port and each input");
+            reporter.note(*place->second, kDestination, "the first one");
+        }
+    }
+}
+
 // ---- klink-twice
 
 bool isKind(const ModelNode& group, const std::string& part, const char* kind)
@@ -376,6 +435,15 @@ std::vector<Rule> linkRules()
          "or the frames of the wrong port. Swap source and destination, or name the other port.",
          {"connection-direction"},
          DescriptorRule(checkDirections)},
+        {"klink-joint-end",
+         RuleSeverity::Error,
+         "two klinks end at one port or at one input",
+         "An output port of a group, and each input of its kernels and routing elements, takes the frames of one "
+         "klink. "
+         "Where two end, the library follows one of them, and what the other one carries is lost: most often one of "
+         "the two was meant for another port, or for the next input, as blend:1 beside blend:0.",
+         {"klink-end", "klink-direction"},
+         DescriptorRule(checkJointEnds)},
         {"mux-input",
          RuleSeverity::Error,
          "the input that a mux uses, or the output that a demux uses, is not linked",
