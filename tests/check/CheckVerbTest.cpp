@@ -188,6 +188,69 @@ TEST_F(CheckVerbTest, ChecksSettingsByThemselvesWhenTheDescriptorIsMalformed)
     EXPECT_NE(result.err.find("settings.xml:1:42: error[integer-value]"), std::string::npos) << result.err;
 }
 
+TEST_F(CheckVerbTest, JudgesEachOfManyFilesByItself)
+{
+    const std::string bad =
+        edited("settings.xml", "<video_sink width=\"640\"", "<video_sink widht=\"640\"").texts.at("settings.xml");
+    const std::string fine = good().texts.at("settings.xml");
+    std::vector<std::string> arguments = {"check", "descriptor.xml"};
+    for (int i = 0; i < 24; ++i) {
+        arguments.push_back("s" + std::to_string(i) + ".xml");
+        write(arguments.back(), i % 2 == 0 ? bad : fine);
+    }
+    // Of three settings each, one of every second file is not built: 72 - 12.
+    EXPECT_EQ(run(arguments).out, "checked 25 files, built 60 settings: 12 errors, 0 warnings; 12 settings not built "
+                                  "because of errors in what they use\n");
+}
+
+TEST_F(CheckVerbTest, TellsOfAMissingModeInEachFile)
+{
+    const std::string bad =
+        edited("settings.xml", "<mode name=\"full\"", "<mode name=\"half\"").texts.at("settings.xml");
+    write("s1.xml", bad);
+    write("s2.xml", bad);
+    const std::string err = run({"check", "descriptor.xml", "s1.xml", "s2.xml"}).err;
+    EXPECT_NE(err.find("s1.xml:22:17: error[sensor-mode]"), std::string::npos) << err;
+    EXPECT_NE(err.find("s2.xml:22:17: error[sensor-mode]"), std::string::npos) << err;
+}
+
+TEST_F(CheckVerbTest, BuildsNothingOfAMisspelledSetting)
+{
+    std::string text = good().texts.at("settings.xml");
+    const size_t start = text.find("<settings key=\"2\"");
+    text.replace(start, 9, "<setings");
+    text.replace(text.find("</settings>", start), 11, "</setings>");
+    write("misspelled.xml", text);
+    EXPECT_EQ(run({"check", "descriptor.xml", "misspelled.xml", "--no", "unknown-element"}).out,
+              "checked 2 files, built 2 settings: 0 errors, 0 warnings; 1 setting not built because of errors in what "
+              "it uses\n");
+}
+
+TEST_F(CheckVerbTest, BuildsAllTheSameWhenWarningsAreErrors)
+{
+    write("warned.xml", edited("settings.xml", "<stats_sink/>", "<stats_sink/> text").texts.at("settings.xml"));
+    EXPECT_EQ(run({"check", "descriptor.xml", "warned.xml", "-Werror"}).out,
+              "checked 2 files, built 3 settings: 1 error, 0 warnings\n");
+}
+
+TEST_F(CheckVerbTest, TakesShortNamesForWhatTheyAre)
+{
+    // 'data' is the end of 'mbr_data', an element that settings have.
+    for (const char* const name : {"descriptor.xml", "settings.xml"}) {
+        std::string text = good().texts.at(name);
+        for (const char* const mark : {"<video>", "</video>", "\"video\"", "\"video:", "video:main_out"}) {
+            const std::string from = mark;
+            std::string to = from;
+            to.replace(to.find("video"), 5, "data");
+            for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at))
+                text.replace(at, from.size(), to);
+        }
+        write(name, text);
+    }
+    const ToolRun result = run({"check", "descriptor.xml", "settings.xml"});
+    EXPECT_EQ(result.out, "checked 2 files, built 3 settings: 0 errors, 0 warnings\n") << result.err;
+}
+
 TEST_F(CheckVerbTest, LooksAtAFileOnce)
 {
     const ToolRun result = run({"check", "descriptor.xml", "settings.xml", "settings.xml"});

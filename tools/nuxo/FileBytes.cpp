@@ -24,7 +24,7 @@ FileBytes::FileBytes(const std::string& path)
 
 size_t FileBytes::read(char* piece)
 {
-    if (isTooLarge()) return 0;
+    if (!mTrouble.empty()) return 0;
     const size_t count = mCompressed != nullptr ? readCompressed(piece) : readPlain(piece);
     mCount += count;
     if (!isTooLarge()) return count;

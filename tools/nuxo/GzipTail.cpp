@@ -15,6 +15,9 @@ namespace NuxoTool {
 
 namespace {
 
+// What follows may be as long as a disk, and only that it is there matters.
+constexpr uint64_t kMostCounted = FileBytes::kMostBytes;
+
 // Decompresses a gzip file to nothing, to find out where its compressed text ends.
 class GzipScan {
 public:
@@ -36,7 +39,7 @@ public:
         do {
             count += mStream.avail_in;
             mStream.avail_in = 0;
-        } while (refill());
+        } while (count <= kMostCounted && refill());
         return count;
     }
 

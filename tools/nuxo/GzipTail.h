@@ -8,7 +8,7 @@
 namespace NuxoTool {
 
 /// How many bytes stand behind the compressed text of a gzip file, where nobody reads them; 0 when the file is damaged.
-/// Decompresses the whole file, without keeping any of it.
+/// Decompresses the whole file, without keeping any of it; of very many bytes not all are counted.
 uint64_t bytesBehindText(const std::string& path);
 
 } // namespace NuxoTool

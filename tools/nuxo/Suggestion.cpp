@@ -92,6 +92,13 @@ std::string closestOf(const std::string& name, const std::vector<std::string>& c
     return closest;
 }
 
+std::string misspelledOf(const std::string& name, const std::vector<std::string>& candidates)
+{
+    const std::string closest = closestOf(name, candidates);
+    const size_t farthest = std::max<size_t>(name.size() / 3, 1);
+    return editDistance(lowerCase(name), lowerCase(closest)) <= farthest ? closest : "";
+}
+
 std::string didYouMean(const std::string& name)
 {
     return "; did you mean '" + name + "'?";

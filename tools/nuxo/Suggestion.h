@@ -7,9 +7,13 @@
 
 namespace NuxoTool {
 
-/// The candidate that is closest to @p name, "" when none is close. Upper and lower case matter only between equally
-/// close ones, then the order.
+/// The candidate that is closest to @p name, "" when none is close: at most one letter in three of the longer one differs,
+/// or the name is a whole word at either end of it. Upper and lower case matter only between equally close ones, then the
+/// order.
 std::string closestOf(const std::string& name, const std::vector<std::string>& candidates);
+
+/// The candidate that @p name must be a misspelling of, "" for none: at most one of its letters in three differs.
+std::string misspelledOf(const std::string& name, const std::vector<std::string>& candidates);
 
 /// "; did you mean 'img_sink'?"
 std::string didYouMean(const std::string& name);

@@ -121,13 +121,15 @@ void CheckRun::checkDescriptor()
 
 void CheckRun::checkSettings(const std::string& path)
 {
-    const File file = load(path, DocumentKind::Settings);
+    File file = load(path, DocumentKind::Settings);
     if (file.graph.isDescriptor() && mDescriptor.graph.isSettings())
         mReporter.note(Location(), "the two files look swapped; expected DESCRIPTOR before SETTINGS");
+    mDocuments.push_back(std::move(file.document)); // the reporter knows its elements by their addresses
     if (!file.isWellFormed || mModel == nullptr) return;
-    const SettingsModel model(*file.document, *mModel);
+    const XmlDocument& document = *mDocuments.back();
+    const SettingsModel model(document, *mModel);
     chooseSettings(model);
-    runRules<SettingsRule>({mDescriptor.document.get(), file.document.get()}, *mModel, model);
+    runRules<SettingsRule>({mDescriptor.document.get(), &document}, *mModel, model);
     if (!file.graph.complete || !mDescriptor.graph.complete) {
         mSummary.skipped += model.settings().size();
     } else {
@@ -206,7 +208,8 @@ void CheckRun::buildSettings(const SettingsModel& model, const GraphFile& file)
     for (const ModelSetting& setting : model.settings()) {
         progress.step();
         if (!isChosen(setting)) continue;
-        if (!isBuildable(setting, model)) {
+        // The library does not see a misspelled one.
+        if (!setting.element->misspelled.empty() || !isBuildable(setting, model)) {
             ++mSummary.skipped;
             continue;
         }

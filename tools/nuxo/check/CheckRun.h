@@ -69,6 +69,7 @@ private:
     CheckSummary mSummary;
     File mDescriptor;
     std::unique_ptr<DescriptorModel> mModel;              ///< null when the descriptor cannot be used
+    std::vector<std::unique_ptr<XmlDocument>> mDocuments; ///< of settings
     std::map<const ModelGraph*, SoundGraph> mSoundGraphs; // only looked up
     std::set<int32_t> mFoundKeys;
     std::set<int32_t> mAllKeys;

@@ -4,6 +4,7 @@
 #include "Suggestion.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -71,15 +72,34 @@ struct Open {
     const ElementKind* kind; // null when nothing is known of it
 };
 
+// What other formats call the attribute, as far as the kind has it; "" for none.
+std::string synonymOf(const ElementKind& kind, const std::string& name)
+{
+    constexpr std::pair<const char*, const char*> synonyms[] = {
+        {"w", "width"},      {"h", "height"},      {"x", "left"},         {"y", "top"},       {"fmt", "format"},
+        {"stride", "bpl"},   {"pitch", "bpl"},     {"src", "source"},     {"from", "source"}, {"dst", "destination"},
+        {"dst", "sink"},     {"dest", "sink"},     {"to", "destination"}, {"to", "sink"},     {"uuid", "pal_uuid"},
+        {"kernel_id", "id"}, {"dir", "direction"}, {"graph", "id"},
+    };
+    const auto found = std::find_if(std::begin(synonyms), std::end(synonyms), [&](const auto& synonym) {
+        return name == synonym.first && kind.attribute(synonym.second) != nullptr;
+    });
+    return found == std::end(synonyms) ? "" : found->second;
+}
+
 } // namespace
 
 std::string meantAttribute(const ElementKind& kind, const std::string& name)
 {
     std::string closest = closestOf(name, kind.attributeNames());
+    if (closest.empty()) closest = synonymOf(kind, name);
     if (!closest.empty()) return closest;
-    std::vector<std::string> names;
-    for (const VocabularyEntry& entry : vocabulary()) {
-        if (entry.isAttribute) names.push_back(entry.attribute.name);
+    std::vector<std::string> names; // of elements that are named alike, which differ in what they have
+    for (const auto* const kinds : {&descriptorKinds(), &settingsKinds()}) {
+        for (const ElementKind* const other : *kinds) {
+            if (other->name != kind.name || kind.name.empty()) continue;
+            for (std::string& each : other->attributeNames()) names.push_back(std::move(each));
+        }
     }
     return closestOf(name, names);
 }

@@ -65,7 +65,7 @@ void RuleReporter::reportCause(const std::string& cause, const XmlElement& eleme
 
 void RuleReporter::reportOnce(const XmlElement& element, std::string_view attribute, const std::string& text)
 {
-    reportCause(mRule + ' ' + text, element, attribute, text);
+    reportCause(element.document->path() + ' ' + mRule + ' ' + text, element, attribute, text);
 }
 
 void RuleReporter::report(const Location& where, const std::string& text)
@@ -154,11 +154,10 @@ void RuleReporter::add(const XmlElement* element, const Location& where, const s
         mFindings.error(mRule, where, text);
     }
     if (severity == RuleSeverity::Error) mFaultyFiles.insert(where.file);
-    // What is an error by nature has consequences, even when the user wants to hear of it as a warning.
+    // Whatever the user wants to hear of it as: only what is an error by nature has consequences.
     const Rule* const rule = ruleOf(mRule);
-    const bool isError = severity == RuleSeverity::Error || (rule != nullptr && rule->severity == RuleSeverity::Error);
-    if (element == nullptr || !isError) return;
-    if (rule == nullptr || !rule->letsBuild) mFaulty.insert(&partOf(*element));
+    if (element == nullptr || rule == nullptr || rule->severity != RuleSeverity::Error) return;
+    if (!rule->letsBuild) mFaulty.insert(&partOf(*element));
     mNewlyFaulty.insert(element);
 }
 

@@ -36,7 +36,7 @@ public:
     /// @param cause  what goes wrong, the same text for all of these places
     void reportCause(const std::string& cause, const XmlElement& element, std::string_view attribute,
                      const std::string& text);
-    /// The same for what is one cause wherever the rule tells it with the same text.
+    /// The same for what is one cause wherever the rule tells it with the same text in one file.
     void reportOnce(const XmlElement& element, std::string_view attribute, const std::string& text);
     /// At a place in a file that no element is known of.
     void report(const Location& where, const std::string& text);

@@ -105,6 +105,10 @@ struct XmlDocumentReader {
         isInText = false;
         std::string& text = document.mTexts.back().text;
         text.erase(text.find_last_not_of(kBlanks) + 1);
+        // The limit may have parted a character.
+        size_t last = text.size() - 1;
+        while (last > 0 && (static_cast<unsigned char>(text[last]) & 0xc0U) == 0x80U) --last;
+        if (utf8Length(text, last) == 0) text.erase(last);
     }
 
     // Those that a DOCTYPE adds stand behind the ones of the tag and have no place.

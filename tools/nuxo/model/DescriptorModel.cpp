@@ -148,6 +148,7 @@ ModelParts::ModelParts(const XmlElement& holder)
     for (const XmlElement* const child : holder.children) {
         data->byName.emplace(filedName(*child), data->parts.size());
         data->parts.push_back({child, filedName(*child), kindOf(*child)});
+        data->byKind.emplace(data->parts.back().kind, data->parts.size() - 1);
     }
     mData = data;
 }
@@ -163,6 +164,13 @@ const ModelPart* ModelParts::find(std::string_view name) const
     if (mData == nullptr) return nullptr;
     const auto found = mData->byName.find(name);
     return found == mData->byName.end() ? nullptr : &mData->parts[found->second];
+}
+
+const ModelPart* ModelParts::firstOfKind(std::string_view kind) const
+{
+    if (mData == nullptr) return nullptr;
+    const auto found = mData->byKind.find(kind);
+    return found == mData->byKind.end() ? nullptr : &mData->parts[found->second];
 }
 
 const ModelPart* ModelNode::part(std::string_view partName) const

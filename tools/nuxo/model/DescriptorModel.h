@@ -49,11 +49,14 @@ public:
     operator const std::vector<ModelPart>&() const { return all(); }
     /// The first of that name, null when there is none.
     const ModelPart* find(std::string_view name) const;
+    /// The first of that kind, null when there is none.
+    const ModelPart* firstOfKind(std::string_view kind) const;
 
 private:
     struct Data {
         std::vector<ModelPart> parts;
         std::map<std::string, size_t, std::less<>> byName;
+        std::map<std::string, size_t, std::less<>> byKind; ///< the first of each
     };
     const std::vector<ModelPart>& all() const;
     std::shared_ptr<const Data> mData;

@@ -90,7 +90,7 @@ const ElementKind* ElementKind::childKind(const XmlElement& child) const
     }
     if (namedChild != nullptr && child.attribute("name") != nullptr) return namedChild;
     if (openChild == nullptr || isOfStructure(child.name)) return nullptr;
-    return closestOf(child.name, childNames()).empty() ? openChild : nullptr; // misspelled otherwise
+    return misspelledOf(child.name, childNames()).empty() ? openChild : nullptr;
 }
 
 const AttributeKind* ElementKind::attribute(std::string_view attributeName) const

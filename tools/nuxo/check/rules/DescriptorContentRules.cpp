@@ -105,14 +105,29 @@ const char* subsystemIn(const XmlElement& element)
     return !names.empty() && names.back() == kSubsystem && element.attribute("value") != nullptr ? "value" : "";
 }
 
-// Other subsystems may be meant, but hardly ones that are spelled like it.
+std::string sorted(std::string letters)
+{
+    std::sort(letters.begin(), letters.end());
+    return letters;
+}
+
+// The known subsystem that has these letters, in whatever order and case; "" for none.
+std::string sameLettersAs(const std::string& name)
+{
+    const auto found = std::find_if(kSubsystems.begin(), kSubsystems.end(), [&name](const std::string& known) {
+        return sorted(lowerCase(name)) == sorted(known);
+    });
+    return found == kSubsystems.end() ? "" : *found;
+}
+
+// Other subsystems may be meant, but hardly ones that have the same letters.
 void checkSubsystems(const DescriptorModel& model, RuleReporter& reporter)
 {
     for (const XmlElement& element : model.document().elements()) {
         const std::string attribute = subsystemIn(element);
         if (attribute.empty()) continue;
         const std::string& name = element.value(attribute);
-        const std::string known = closestOf(name, kSubsystems);
+        const std::string known = sameLettersAs(name);
         if (known.empty() || known == name) continue;
         reporter.report(element, attribute,
                         named(name) +

@@ -98,13 +98,12 @@ const ModelPart* misfitIn(const ModelNode& node)
 {
     const std::string& type = node.isBase ? node.element->value("base_type") : node.kind;
     if (type != "sink" && type != "source" && type != "hw") return nullptr;
-    constexpr const char* inner[] = {"kernel", "mux", "demux", "split", "klink", "cipf", "hw_bitmaps"};
-    const auto isMisfit = [&](const ModelPart& part) {
-        if (type == "sink" && part.kind == "port") return true;
-        return std::find(std::begin(inner), std::end(inner), part.kind) != std::end(inner);
-    };
-    const auto found = std::find_if(node.parts.begin(), node.parts.end(), isMisfit);
-    return found == node.parts.end() ? nullptr : &*found;
+    const ModelPart* first = type == "sink" ? node.parts.firstOfKind("port") : nullptr;
+    for (const char* const kind : {"kernel", "mux", "demux", "split", "klink", "cipf", "hw_bitmaps"}) {
+        const ModelPart* const part = node.parts.firstOfKind(kind);
+        if (part != nullptr && (first == nullptr || part < first)) first = part; // they stand in one array
+    }
+    return first;
 }
 
 const XmlElement& bodyOf(const ModelNode& node)

@@ -190,7 +190,7 @@ private:
     void checkMode(const XmlElement& place, const std::string& mode)
     {
         if (mFile.sensorModesElement() == nullptr) {
-            mReporter.reportCause("no sensor modes", place, "mode_id",
+            mReporter.reportCause(place.document->path() + " has no sensor modes", place, "mode_id",
                                   "mode " + named(mode) +
                                       " is looked up in 'sensor_modes', which this file does not have; "
                                       "expected <sensor_modes> with the modes beside the settings");

@@ -69,25 +69,6 @@ std::string SettingLink::sourcePath() const
     return end.portName.empty() ? end.nodeName : end.nodeName + ':' + end.portName;
 }
 
-std::vector<SettingLink> linksOf(const ModelSetting& setting)
-{
-    std::vector<SettingLink> links;
-    if (setting.graph == nullptr) return links;
-    Children children;
-    for (const ModelConnection& connection : setting.graph->connections) {
-        links.push_back(linkOf(connection, *setting.element, children));
-    }
-    return links;
-}
-
-bool isOnPath(const std::vector<SettingLink>& links, std::string_view node)
-{
-    return std::any_of(links.begin(), links.end(), [node](const SettingLink& link) {
-        return link.sinkName == node || link.connection->sink.nodeName == node ||
-               link.connection->source.nodeName == node;
-    });
-}
-
 SettingLinks::SettingLinks(const ModelSetting& setting, const std::vector<const ModelConnection*>& connections)
 {
     Children children;

@@ -35,12 +35,6 @@ struct SettingLink {
     std::string sourcePath() const;
 };
 
-/// All connections of the setting's graph, in its order; none when there is no such graph.
-std::vector<SettingLink> linksOf(const ModelSetting& setting);
-
-/// Whether the connections lead to a node or come from it.
-bool isOnPath(const std::vector<SettingLink>& links, std::string_view node);
-
 /// The connections of a graph that matter to one setting, by their ends: static ones, and those with a node of the setting
 /// at an end.
 class SettingLinks {
