@@ -376,11 +376,6 @@ const Edit kEditsOfDescriptors[] = {
      R"(<sink name="raw_sink" stream_id="60000"/>)",
      R"(<sink name="raw_sink" stream_id=" +060000"/>)",
      {}},
-    {"UnknownAttribute",
-     "descriptor.xml",
-     R"(<sink name="raw_sink" stream_id="60000"/>)",
-     R"(<sink name="raw_sink" stream_id="60000" colour="blue"/>)",
-     {R"(added nodes:raw_sink na nothing -> "blue")"}},
 };
 
 const Edit kEditsOfSettings[] = {

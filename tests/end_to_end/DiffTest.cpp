@@ -189,6 +189,22 @@ TEST_F(DiffTest, NamesTheFirstOfSettingsWithOneKey)
         << result.out;
 }
 
+TEST_F(DiffTest, WarnsOfAttributesThatItCannotSee)
+{
+    write("a.xml", "<graph_settings version=\"1\"><settings key=\"1\" id=\"1\" aaa=\"1\" bbb=\"2\"/></graph_settings>");
+    write("b.xml", "<graph_settings version=\"1\"><settings key=\"1\" id=\"1\" aaa=\"1\" ccc=\"9\"/></graph_settings>");
+    const ToolRun result = run({"diff", "a.xml", "b.xml"});
+    // Behind the 28 bytes of the document's tag, <settings key="1" id="1" has 24 bytes, and the attributes 7 with a blank.
+    EXPECT_NE(result.err.find(
+                  "a.xml:1:54: warning[unknown-attribute]: unknown attribute 'aaa' of 'settings' is not compared"),
+              std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("a.xml:1:62: warning[unknown-attribute]: unknown attribute 'bbb'"), std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("b.xml:1:62: warning[unknown-attribute]: unknown attribute 'ccc'"), std::string::npos)
+        << result.err;
+}
+
 TEST_F(DiffTest, CountsEqualElements)
 {
     const auto file = [](const std::string& content) {

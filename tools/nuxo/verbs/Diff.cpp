@@ -8,6 +8,8 @@
 #include "diff/Comparison.h"
 #include "diff/DiffRenderer.h"
 #include "diff/DiffTree.h"
+#include "document/XmlDocument.h"
+#include "schema/GraphSchema.h"
 #include "verbs/Verbs.h"
 
 #include <algorithm>
@@ -135,6 +137,27 @@ Subject subjectOf(const GraphFile& file)
     return subject;
 }
 
+// What the library makes of a file has no attributes of unknown names, so the comparison cannot see them.
+void warnOfUnknownAttributes(Session& session, const GraphFile& file)
+{
+    if (!file.complete) return;
+    constexpr size_t told = 5;
+    size_t count = 0;
+    const XmlDocument document(file.path);
+    for (const XmlElement& element : document.elements()) {
+        for (const XmlAttribute& attribute : element.attributes) {
+            const bool isOfXml = attribute.name == "xmlns" || attribute.name.find(':') != std::string::npos;
+            if (isOfXml || isVocabularyAttribute(attribute.name) || ++count > told) continue;
+            session.findings.warning("unknown-attribute", document.locate(element, attribute),
+                                     "unknown attribute " + named(attribute.name) + " of " + named(element.name) +
+                                         " is not compared; expected a name of the format, see nuxo check");
+        }
+    }
+    if (count <= told) return;
+    session.findings.note(inFile(file.path),
+                          std::to_string(count - told) + " more unknown attributes are not compared");
+}
+
 bool compareFiles(Session& session)
 {
     const std::vector<std::string>& paths = session.arguments.files;
@@ -148,6 +171,7 @@ bool compareFiles(Session& session)
                               "a descriptor and a settings file have nothing in common; nuxo check tells whether they "
                               "fit together");
     }
+    for (const GraphFile* const file : {&a, &b}) warnOfUnknownAttributes(session, *file);
     return compare(session, Compares::Files, a.isDescriptor() ? "descriptors" : "settings files", subjectOf(a),
                    subjectOf(b));
 }
