@@ -77,6 +77,9 @@ std::string tokenText(const Stop& stop)
         return "a '<' in a value; expected &lt;, or the quotation mark that ends the value";
     if (first == '<') return "a '<' inside a tag; expected the '>' that ends the tag";
     if (first == '/' || first == '>') return "an attribute without a value; expected name=\"value\"";
+    const size_t length = stop.before.size();
+    if (length > 1 && stop.before.substr(length - 2) == "=\"" && !stop.isBehindBlanks)
+        return "a value that takes in the name of the next attribute; expected the quotation mark that ends it";
     if (stop.endsWith('"') && !stop.isBehindBlanks) return "no blank behind a value; expected one between attributes";
     if (stop.endsWith('<') || stop.endsWith('/'))
         return "a name that starts with " + quoted(stop.from.substr(0, std::max<size_t>(utf8Length(stop.from, 0), 1))) +
